@@ -1,0 +1,25 @@
+# Private interface target with the warnings, sanitizers and hardening that every piece of this tree is compiled with.
+add_library(ky_build_options INTERFACE)
+
+if(MSVC)
+  target_compile_options(ky_build_options INTERFACE /W4 /utf-8 /permissive- $<$<BOOL:${KYSYSTEM_WERROR}>:/WX>)
+else()
+  target_compile_options(ky_build_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor -Wcast-align -Wold-style-cast
+    -fno-omit-frame-pointer
+    $<$<BOOL:${KYSYSTEM_WERROR}>:-Werror>)
+endif()
+
+if(KYSYSTEM_SANITIZE)
+  target_compile_options(ky_build_options INTERFACE -fsanitize=${KYSYSTEM_SANITIZE} -fno-sanitize-recover=all -g)
+  target_link_options(ky_build_options INTERFACE -fsanitize=${KYSYSTEM_SANITIZE})
+  target_compile_definitions(ky_build_options INTERFACE KY_SANITIZED)
+elseif(NOT MSVC AND NOT WIN32)
+  target_compile_options(ky_build_options INTERFACE -fstack-protector-strong -fstack-clash-protection)
+  target_compile_definitions(ky_build_options INTERFACE $<$<CONFIG:Release,RelWithDebInfo>:_FORTIFY_SOURCE=2>)
+  target_link_options(ky_build_options INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
+endif()
+if(WIN32)
+  target_compile_definitions(ky_build_options INTERFACE
+    UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0A00 WINVER=0x0A00)
+endif()

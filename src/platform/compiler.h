@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+// Compiler extensions, named once. Everything here degrades to plain C++ on an unknown compiler.
+#pragma once
+
+#if defined(__GNUC__) || defined(__clang__)
+#define KY_LIKELY(condition) __builtin_expect(!!(condition), 1)
+#define KY_UNLIKELY(condition) __builtin_expect(!!(condition), 0)
+#define KY_NOINLINE __attribute__((noinline))
+#define KY_ALWAYS_INLINE inline __attribute__((always_inline))
+#define KY_COLD __attribute__((cold, noinline))
+#elif defined(_MSC_VER)
+#define KY_LIKELY(condition) (condition)
+#define KY_UNLIKELY(condition) (condition)
+#define KY_NOINLINE __declspec(noinline)
+#define KY_ALWAYS_INLINE __forceinline
+#define KY_COLD __declspec(noinline)
+#else
+#define KY_LIKELY(condition) (condition)
+#define KY_UNLIKELY(condition) (condition)
+#define KY_NOINLINE
+#define KY_ALWAYS_INLINE inline
+#define KY_COLD
+#endif
+
+#if defined(__x86_64__) || defined(_M_X64)
+#define KY_ARCH_X64 1
+#else
+#define KY_ARCH_X64 0
+#endif
+
+// A function compiled for more than the baseline instruction set; call it only behind a processor check.
+#if (defined(__GNUC__) || defined(__clang__)) && KY_ARCH_X64
+#define KY_TARGET(features) __attribute__((target(features)))
+#else
+#define KY_TARGET(features)
+#endif

@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: MIT
+// An owning handle of one open file, and the few calls on names that go with it. Shared by the log file, the INI files
+// and the readers; what each of them does with it stays in its own room.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace ky::impl::native
+{
+
+/// Raw error of the system: errno on Linux, GetLastError() on Windows; 0 for success.
+using ErrorCode = int;
+
+enum class OpenMode
+{
+    Read,     ///< existing file, for reading
+    Append,   ///< every write goes to the end; created when missing
+    Truncate, ///< for writing, emptied; created when missing
+    CreateNew ///< for writing; fails when the name exists, links included
+};
+
+/// Opened with delete and write sharing and never inherited by child processes. Paths are UTF-8. On Linux '\' in the
+/// path is taken as '/'. A folder never opens.
+class FileHandle
+{
+public:
+    FileHandle() = default;
+    ~FileHandle() { close(); }
+    FileHandle(FileHandle&& other) noexcept;
+    FileHandle& operator=(FileHandle&& other) noexcept;
+    FileHandle(const FileHandle&) = delete;
+    FileHandle& operator=(const FileHandle&) = delete;
+
+    static FileHandle open(const std::string& pathUtf8, OpenMode mode, ErrorCode& error);
+
+    bool isOpen() const { return mHandle != invalidHandle; }
+
+    /// Bytes read, 0 at the end of the file, -1 on failure.
+    std::int64_t read(void* buffer, std::size_t size, ErrorCode& error);
+
+    /// One system call as a rule; short writes are continued. False when not everything could be written: `written`
+    /// then tells how much was.
+    bool write(const void* data, std::size_t size, std::size_t& written, ErrorCode& error);
+
+    /// Size in bytes, -1 on failure.
+    std::int64_t size() const;
+
+    /// Absolute position from the start of the file.
+    bool seek(std::int64_t position);
+
+    /// Cuts the file to `size` bytes.
+    bool truncate(std::int64_t size);
+
+    /// Content handed to the storage device.
+    bool flushToDisk();
+
+    /// False when the system reports a failure of earlier writes. Never retried.
+    bool close();
+
+private:
+    static constexpr std::intptr_t invalidHandle = -1;
+    std::intptr_t mHandle = invalidHandle;
+};
+
+/// Whether something of this name exists, folders included.
+bool pathExists(const std::string& pathUtf8);
+
+/// Size of the file of this name in bytes; -1 when it cannot be told.
+std::int64_t fileSizeOf(const std::string& pathUtf8);
+
+/// Removes a file (not a folder). 0 on success.
+ErrorCode removeFile(const std::string& pathUtf8);
+
+/// Renames, replacing an existing file of the new name in one step. 0 on success.
+ErrorCode renameFile(const std::string& from, const std::string& to);
+
+/// Whether the code says that the file, or a folder on the way to it, is not there.
+bool isMissingFile(ErrorCode code);
+
+/// Moves the finished file `temporary` over `target`, keeping `target`'s permissions where it exists. A link at
+/// `target` stays a link: what it points to is replaced. 0 on success.
+ErrorCode replaceFile(const std::string& temporary, const std::string& target);
+
+/// The file that `pathUtf8` leads to when it is a link; the path itself otherwise or when that cannot be told.
+std::string resolveLinks(const std::string& pathUtf8);
+
+} // namespace ky::impl::native
