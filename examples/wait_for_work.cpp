@@ -58,11 +58,13 @@ int main()
         std::vector<std::thread> consumers;
         for (long long& sum : sums)
         {
-            consumers.emplace_back([&queue, &sum] {
-                int value = 0;
-                while (queue.take(value))
-                    sum += value;
-            });
+            consumers.emplace_back(
+                [&queue, &sum]
+                {
+                    int value = 0;
+                    while (queue.take(value))
+                        sum += value;
+                });
         }
         for (int i = 1; i <= 1000; ++i)
             queue.put(i);
