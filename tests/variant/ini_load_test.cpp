@@ -110,7 +110,8 @@ TEST(IniLoad, WarnsAboutBadLinesAndGoesOn)
         {" =5\n", "{}", {"Invalid key at line (0) =5 in Ini file"}},
         {"[S]\na=1\na=2\n", "{S: {a: INTEGER 1}}", {"Duplicated key at line (2) a=2 in Ini file"}},
         {"a/b=1\na=2\n", "{a: {b: INTEGER 1}}", {"Duplicated key at line (1) a=2 in Ini file"}},
-        {"a=1\na/b/c=2\n[a]\nx=3\ny=4\n[a/b]\nz=5\n", "{a: INTEGER 1}",
+        {"a=1\na/b/c=2\n[a]\nx=3\ny=4\n[a/b]\nz=5\n",
+         "{a: INTEGER 1}",
          {"Duplicated key at line (1) a/b/c=2 in Ini file", "Duplicated key at line (3) x=3 in Ini file",
           "Duplicated key at line (4) y=4 in Ini file", "Duplicated key at line (6) z=5 in Ini file"}},
         // A mark at the start is not white space.

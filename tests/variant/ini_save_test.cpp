@@ -113,8 +113,8 @@ TEST(IniSave, MergesWithTheFile)
 /// n, r or t.
 std::string randomText(std::mt19937& random)
 {
-    static const char* const pieces[] = {"x", "yz", "\"", "=", ";", "[", "]", "\n", "\r", "\t", "\\", " ", "12",
-                                         "\xC3\xA4", "/", "\\\\"};
+    static const char* const pieces[] = {"x",  "yz", "\"", "=", ";",  "[",        "]", "\n",
+                                         "\r", "\t", "\\", " ", "12", "\xC3\xA4", "/", "\\\\"};
     std::string text = "<";
     for (std::uint32_t count = random() % 8; count > 0; --count)
         text += pieces[random() % std::size(pieces)];
