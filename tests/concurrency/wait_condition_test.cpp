@@ -250,7 +250,7 @@ TEST_P(Semaphore, NeverGivesMoreThanItHas)
         std::minstd_rand random(seed + 1);
         for (int round = 0; round < 150; ++round)
         {
-            const unsigned n = random() % 3 + 1;
+            const auto n = static_cast<unsigned>(random() % 3 + 1);
             semaphore.acquire(n);
             EXPECT_LE(used.fetch_add(n) + n, total);
             if (random() % 8 == 0)
