@@ -111,13 +111,16 @@ public:
 private:
     struct Scan;
 
-    void closeFile();
+    void resetBuffers();
+    bool refill();
     bool parseRows(bool& finished, std::size_t maxRows);
     std::size_t validUnread();
     [[noreturn]] void throwDecoderError() const;
     bool consume(Scan& scan, std::size_t size);
-    const char* consumeQuoted(Scan& scan, const char* from, const char* end);
-    bool addRun(Scan& scan, const char* from, const char* to);
+    bool consumeUnquoted(Scan& scan);
+    bool consumeQuoted(Scan& scan);
+    bool addRun(Scan& scan, const char* to);
+    void spillRun(Scan& scan);
     void endCell(Scan& scan);
     void endRow(Scan& scan);
     bool failOnHeader();

@@ -72,7 +72,7 @@ public:
     [[nodiscard]] bool tryLock(unsigned int timeoutMs);
 
 private:
-    impl::native::KernelMutex* mMutex; ///< owned; null when the system refused to make one
+    impl::native::KernelMutex* mMutex; ///< owned
 };
 
 /// Mutex that all processes of the machine (on Linux: of the user) share by name. Recursive: the owning thread may lock

@@ -37,6 +37,7 @@ public:
 
 private:
     bool tryTake(unsigned int n, std::uint64_t waitersToRemove);
+    bool giveToWaiters(unsigned int n);
 
     kyMutex mMutex;
     kyWaitCondition mCondition;
