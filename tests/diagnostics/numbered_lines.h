@@ -31,9 +31,11 @@ inline std::string makeMessage(const NumberedLine& line)
 {
     const auto mix = static_cast<std::uint32_t>(line.writer * 7919 + line.thread * 104729 + line.number * 31);
     const std::size_t fill = line.number % 97 == 96 ? 3000 + mix % 6000 : mix % 60;
-    std::string text = "w" + std::to_string(line.writer) + " t" + std::to_string(line.thread) + " n" +
-                       std::to_string(line.number) + " " + std::string(fill, static_cast<char>('a' + mix % 26)) + " #";
-    return text + std::to_string(checksumOf(text));
+    std::string text = "w";
+    text.append(std::to_string(line.writer)).append(" t").append(std::to_string(line.thread)).append(" n");
+    text.append(std::to_string(line.number)).append(" ").append(fill, static_cast<char>('a' + mix % 26)).append(" #");
+    text.append(std::to_string(checksumOf(text)));
+    return text;
 }
 
 /// False unless the text is exactly one message of makeMessage().
