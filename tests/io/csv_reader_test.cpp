@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "csv_support.h"
 
+#include "platform/file_handle.h"
 #include "support/temp_dir.h"
 
 #include <gtest/gtest.h>
