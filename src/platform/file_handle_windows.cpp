@@ -155,7 +155,7 @@ bool isReplaceable(const std::string& pathUtf8)
         CreateFileW(widePath(pathUtf8).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                     OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
     if (handle == INVALID_HANDLE_VALUE)
-        return isMissingFile(lastError());
+        return isMissingFile(lastError()) && !pathExists(pathUtf8);
     BY_HANDLE_FILE_INFORMATION info = {};
     const bool regular = GetFileType(handle) == FILE_TYPE_DISK && GetFileInformationByHandle(handle, &info) != 0 &&
                          (info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;

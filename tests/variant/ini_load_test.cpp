@@ -51,7 +51,7 @@ TEST(IniLoad, ReadsSectionsKeysAndPaths)
         {"General/a=1\n", "{General: {a: INTEGER 1}}"},
         {"k=;no comment\n", "{k: STRING ;no comment}"},
         {"\xC3\xA4=\xE2\x82\xAC\xFF\n", "{\xC3\xA4: STRING \xE2\x82\xAC\xFF}"},
-        {std::string("a\0b=\0\n", 7), std::string("{a\0b: STRING \0}", 15)},
+        {std::string("a\0b=\0\n", 6), std::string("{a\0b: STRING \0}", 15)},
     });
 }
 
