@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "ky/kyExport.h"
+#include <ky/kyExport.h>
 
 #include <cstddef>
 #include <cstdint>
