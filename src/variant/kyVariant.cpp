@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ky/kyVariant.h"
+#include <ky/kyVariant.h>
 
 #include "variant/block_pool.h"
 #include "variant/variant_access.h"

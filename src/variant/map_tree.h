@@ -2,7 +2,7 @@
 // The tree below the variant map: an AVL tree of nodes that never move.
 #pragma once
 
-#include "ky/kyVariant.h"
+#include <ky/kyVariant.h>
 
 #include <cstddef>
 #include <cstdint>
