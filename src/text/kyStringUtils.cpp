@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <ky/kyStringUtils.h>
 
+#include "text/byte_search.h"
 #include "text/character_class.h"
 
 #include <algorithm>
@@ -8,6 +9,8 @@
 #include <functional>
 #include <limits>
 #include <string_view>
+#include <type_traits>
+#include <utility>
 
 namespace ky
 {
@@ -38,77 +41,99 @@ void appendTokens(std::string_view text, char separator, std::vector<std::string
 {
     if (!skipEmpty)
         reserveMore(out, static_cast<std::size_t>(std::count(text.begin(), text.end(), separator)) + 1);
-    const char* const end = text.data() + text.size();
-    for (const char* start = text.data(); start != end;)
+    impl::ByteSearch separators(text, std::string_view(&separator, 1));
+    for (std::size_t start = 0; start < text.size();)
     {
-        const auto* cut =
-            static_cast<const char*>(std::memchr(start, separator, static_cast<std::size_t>(end - start)));
-        const char* const stop = cut == nullptr ? end : cut;
+        const std::size_t stop = std::min(separators.next(), text.size());
         if (stop != start || !skipEmpty)
-            out.emplace_back(start, stop);
-        start = cut == nullptr ? end : cut + 1;
+            out.emplace_back(text.data() + start, stop - start);
+        start = stop + 1;
     }
 }
 
-/// For a `to` that is not longer than `from`: the text only moves towards its start.
+/// Wide counterpart of ByteSearch.
+class WideSearch
+{
+public:
+    static constexpr std::size_t npos = std::wstring_view::npos;
+
+    WideSearch(std::wstring_view text, std::wstring_view needle) : mText(text), mNeedle(needle) {}
+
+    std::size_t next()
+    {
+        const std::size_t position = mText.find(mNeedle, mEarliest);
+        if (position != npos)
+            mEarliest = position + mNeedle.size();
+        return position;
+    }
+
+private:
+    std::wstring_view mText;
+    std::wstring_view mNeedle;
+    std::size_t mEarliest = 0;
+};
+
 template <typename Char>
-std::size_t replaceShrinking(std::basic_string<Char>& text, std::basic_string_view<Char> from,
-                             std::basic_string_view<Char> to, std::size_t match)
+using Search = std::conditional_t<std::is_same_v<Char, char>, impl::ByteSearch, WideSearch>;
+
+/// How much longer the text becomes. Counts first, because a list of the places can take many times the memory of the
+/// text.
+template <typename Char>
+std::size_t growthOf(std::basic_string_view<Char> text, std::basic_string_view<Char> from,
+                     std::basic_string_view<Char> to)
+{
+    std::size_t growth = 0;
+    if (to.size() > from.size())
+        for (Search<Char> search(text, from); search.next() != search.npos;)
+            growth += to.size() - from.size();
+    return growth;
+}
+
+/// Works within the buffer of `text`: its content first moves to the end of the final size, when it grows, and from
+/// there back to the start piece by piece. The arguments must not lie in `text`.
+template <typename Char>
+std::size_t replaceInBuffer(std::basic_string<Char>& text, std::basic_string_view<Char> from,
+                            std::basic_string_view<Char> to)
 {
     using Traits = std::char_traits<Char>;
-    Char* const data = text.data();
-    std::size_t written = match;
+    const std::size_t size = text.size();
+    const std::size_t growth = growthOf<Char>(text, from, to);
+    text.resize(size + growth);
+    Char* const target = text.data();
+    Char* const source = target + growth;
+    if (growth != 0)
+        Traits::move(source, target, size);
     std::size_t count = 0;
-    while (match != std::basic_string<Char>::npos)
+    std::size_t written = 0;
+    std::size_t rest = 0;
+    const auto keepUntil = [&](std::size_t end)
     {
-        Traits::copy(data + written, to.data(), to.size());
+        if (target + written != source + rest)
+            Traits::move(target + written, source + rest, end - rest);
+        written += end - rest;
+    };
+    Search<Char> search({source, size}, from);
+    for (std::size_t match = search.next(); match != search.npos; match = search.next(), ++count)
+    {
+        keepUntil(match);
+        Traits::copy(target + written, to.data(), to.size());
         written += to.size();
-        ++count;
-        const std::size_t rest = match + from.size();
-        match = text.find(from.data(), rest, from.size());
-        const std::size_t restEnd = match == std::basic_string<Char>::npos ? text.size() : match;
-        if (written != rest)
-            Traits::move(data + written, data + rest, restEnd - rest);
-        written += restEnd - rest;
+        rest = match + from.size();
     }
+    keepUntil(size);
     text.resize(written);
     return count;
-}
-
-template <typename Char>
-std::size_t replaceGrowing(std::basic_string<Char>& text, std::basic_string_view<Char> from,
-                           std::basic_string_view<Char> to, std::size_t match)
-{
-    std::vector<std::size_t> matches;
-    for (; match != std::basic_string<Char>::npos; match = text.find(from.data(), match + from.size(), from.size()))
-        matches.push_back(match);
-    std::basic_string<Char> result;
-    result.reserve(text.size() + matches.size() * (to.size() - from.size()));
-    std::size_t rest = 0;
-    for (const std::size_t place : matches)
-    {
-        result.append(text, rest, place - rest);
-        result.append(to);
-        rest = place + from.size();
-    }
-    result.append(text, rest);
-    text.swap(result);
-    return matches.size();
 }
 
 template <typename Char>
 std::size_t replaceAll(std::basic_string<Char>& text, const std::basic_string<Char>& from,
                        const std::basic_string<Char>& to)
 {
-    const std::size_t match = from.empty() ? std::basic_string<Char>::npos : text.find(from);
-    if (match == std::basic_string<Char>::npos)
+    if (from.empty())
         return 0;
-    // The shrinking form writes into the text while it still reads its arguments.
-    if (to.size() > from.size())
-        return replaceGrowing<Char>(text, from, to, match);
     if (&from == &text || &to == &text)
-        return replaceShrinking<Char>(text, std::basic_string<Char>(from), std::basic_string<Char>(to), match);
-    return replaceShrinking<Char>(text, from, to, match);
+        return replaceInBuffer<Char>(text, std::basic_string<Char>(from), std::basic_string<Char>(to));
+    return replaceInBuffer<Char>(text, from, to);
 }
 
 std::string lowered(const std::string& text)
