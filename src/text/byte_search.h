@@ -42,11 +42,33 @@ public:
     }
 
 private:
-    /// Whether the bytes between the first and the last one fit as well.
+    /// Whether the bytes between the first and the last one fit as well. Short needles are worth no call.
     bool fitsBetween(std::size_t position) const noexcept
     {
-        return mNeedle.size() <= 2 ||
-               std::memcmp(mText.data() + position + 1, mNeedle.data() + 1, mNeedle.size() - 2) == 0;
+        const char* const text = mText.data() + position;
+        const char* const needle = mNeedle.data();
+        const std::size_t size = mNeedle.size();
+        if (size <= 2)
+            return true;
+        if (size < sizeof(std::uint32_t))
+            return text[1] == needle[1];
+        if (size <= 2 * sizeof(std::uint32_t))
+            return sameEnds<std::uint32_t>(text, needle, size);
+        if (size <= 2 * sizeof(std::uint64_t))
+            return sameEnds<std::uint64_t>(text, needle, size);
+        return std::memcmp(text, needle, size) == 0;
+    }
+
+    /// Compares two words that overlap as the size demands.
+    template <typename Word>
+    static bool sameEnds(const char* a, const char* b, std::size_t size) noexcept
+    {
+        Word words[4];
+        std::memcpy(&words[0], a, sizeof(Word));
+        std::memcpy(&words[1], b, sizeof(Word));
+        std::memcpy(&words[2], a + size - sizeof(Word), sizeof(Word));
+        std::memcpy(&words[3], b + size - sizeof(Word), sizeof(Word));
+        return ((words[0] ^ words[1]) | (words[2] ^ words[3])) == 0;
     }
 
     bool loadBlock() noexcept;

@@ -37,10 +37,26 @@ void reserveMore(std::vector<std::string>& out, std::size_t more)
         out.reserve(std::max(needed, 2 * out.capacity()));
 }
 
+/// Counts in bytes as long as they suffice, which compilers turn into vector code of full width.
+std::size_t countOf(char byte, std::string_view text)
+{
+    std::size_t count = 0;
+    while (!text.empty())
+    {
+        const std::string_view piece = text.substr(0, std::numeric_limits<unsigned char>::max());
+        unsigned char hits = 0;
+        for (const char candidate : piece)
+            hits = static_cast<unsigned char>(hits + (candidate == byte ? 1 : 0));
+        count += hits;
+        text.remove_prefix(piece.size());
+    }
+    return count;
+}
+
 void appendTokens(std::string_view text, char separator, std::vector<std::string>& out, bool skipEmpty)
 {
     if (!skipEmpty)
-        reserveMore(out, static_cast<std::size_t>(std::count(text.begin(), text.end(), separator)) + 1);
+        reserveMore(out, countOf(separator, text) + 1);
     impl::ByteSearch separators(text, std::string_view(&separator, 1));
     for (std::size_t start = 0; start < text.size();)
     {
@@ -76,34 +92,61 @@ private:
 template <typename Char>
 using Search = std::conditional_t<std::is_same_v<Char, char>, impl::ByteSearch, WideSearch>;
 
-/// How much longer the text becomes. Counts first, because a list of the places can take many times the memory of the
-/// text.
+/// The places of `from` in `text`. Only so many are remembered, because a list of all of them can take many times the
+/// memory of the text; the others are looked for again.
 template <typename Char>
-std::size_t growthOf(std::basic_string_view<Char> text, std::basic_string_view<Char> from,
-                     std::basic_string_view<Char> to)
+class Places
 {
-    std::size_t growth = 0;
-    if (to.size() > from.size())
-        for (Search<Char> search(text, from); search.next() != search.npos;)
-            growth += to.size() - from.size();
-    return growth;
-}
+public:
+    Places(std::basic_string_view<Char> text, std::basic_string_view<Char> from)
+    {
+        Search<Char> search(text, from);
+        for (std::size_t place = search.next(); place != search.npos; place = search.next(), ++mCount)
+        {
+            if (mCount == 0)
+                mFirst.reserve(std::min(remembered, text.size() / from.size()));
+            if (mCount < remembered)
+                mFirst.push_back(place);
+        }
+    }
+
+    std::size_t count() const { return mCount; }
+
+    /// Calls `visit` with every place in turn. What lies before the end of the place visited may change meanwhile.
+    template <typename Visit>
+    void forEach(std::basic_string_view<Char> text, std::basic_string_view<Char> from, Visit visit) const
+    {
+        for (const std::size_t place : mFirst)
+            visit(place);
+        if (mCount == mFirst.size())
+            return;
+        const std::size_t start = mFirst.back() + from.size();
+        Search<Char> search(text.substr(start), from);
+        for (std::size_t place = search.next(); place != search.npos; place = search.next())
+            visit(start + place);
+    }
+
+private:
+    static constexpr std::size_t remembered = 4096;
+    std::vector<std::size_t> mFirst;
+    std::size_t mCount = 0;
+};
 
 /// Works within the buffer of `text`: its content first moves to the end of the final size, when it grows, and from
-/// there back to the start piece by piece. The arguments must not lie in `text`.
+/// there back to the start piece by piece. The other arguments must not lie in `text`.
 template <typename Char>
 std::size_t replaceInBuffer(std::basic_string<Char>& text, std::basic_string_view<Char> from,
                             std::basic_string_view<Char> to)
 {
     using Traits = std::char_traits<Char>;
+    const Places<Char> places(text, from);
     const std::size_t size = text.size();
-    const std::size_t growth = growthOf<Char>(text, from, to);
+    const std::size_t growth = to.size() > from.size() ? places.count() * (to.size() - from.size()) : 0;
     text.resize(size + growth);
     Char* const target = text.data();
     Char* const source = target + growth;
     if (growth != 0)
         Traits::move(source, target, size);
-    std::size_t count = 0;
     std::size_t written = 0;
     std::size_t rest = 0;
     const auto keepUntil = [&](std::size_t end)
@@ -112,17 +155,17 @@ std::size_t replaceInBuffer(std::basic_string<Char>& text, std::basic_string_vie
             Traits::move(target + written, source + rest, end - rest);
         written += end - rest;
     };
-    Search<Char> search({source, size}, from);
-    for (std::size_t match = search.next(); match != search.npos; match = search.next(), ++count)
-    {
-        keepUntil(match);
-        Traits::copy(target + written, to.data(), to.size());
-        written += to.size();
-        rest = match + from.size();
-    }
+    places.forEach({source, size}, from,
+                   [&](std::size_t place)
+                   {
+                       keepUntil(place);
+                       Traits::copy(target + written, to.data(), to.size());
+                       written += to.size();
+                       rest = place + from.size();
+                   });
     keepUntil(size);
     text.resize(written);
-    return count;
+    return places.count();
 }
 
 template <typename Char>
