@@ -34,3 +34,10 @@
 #else
 #define KY_TARGET(features)
 #endif
+
+// Tells the processor that this is a spin loop.
+#if (defined(__GNUC__) || defined(__clang__)) && KY_ARCH_X64
+#define KY_SPIN_PAUSE() __builtin_ia32_pause()
+#else
+#define KY_SPIN_PAUSE() static_cast<void>(0)
+#endif

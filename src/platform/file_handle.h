@@ -15,10 +15,11 @@ using ErrorCode = int;
 
 enum class OpenMode
 {
-    Read,     ///< existing file, for reading
-    Append,   ///< every write goes to the end; created when missing
-    Truncate, ///< for writing, emptied; created when missing
-    CreateNew ///< for writing; fails when the name exists, links included
+    Read,         ///< existing file, for reading
+    Append,       ///< every write goes to the end; created when missing
+    Truncate,     ///< for writing, emptied; created when missing
+    CreateNew,    ///< for writing; fails when the name exists, links included
+    CreatePrivate ///< like CreateNew, readable by the owner alone where that is a matter of the file's mode
 };
 
 /// Opened with delete and write sharing and never inherited by child processes. Paths are UTF-8. On Linux '\' in the
@@ -78,6 +79,13 @@ ErrorCode renameFile(const std::string& from, const std::string& to);
 
 /// Whether the code says that the file, or a folder on the way to it, is not there.
 bool isMissingFile(ErrorCode code);
+
+/// Whether the code says that the system refuses to make or open the file here: rights, or a read-only volume.
+bool isRefusal(ErrorCode code);
+
+/// Whether another file can take the name's place: it is free, or leads to a regular file. Not a folder, a device, a
+/// pipe, nor a link that leads nowhere.
+bool isReplaceable(const std::string& pathUtf8);
 
 /// Moves the finished file `temporary` over `target`, keeping `target`'s permissions where it exists. A link at
 /// `target` stays a link: what it points to is replaced. 0 on success.

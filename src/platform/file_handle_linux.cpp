@@ -34,7 +34,8 @@ int openFlags(OpenMode mode)
     case OpenMode::Read: return O_RDONLY;
     case OpenMode::Append: return O_WRONLY | O_APPEND | O_CREAT;
     case OpenMode::Truncate: return O_WRONLY | O_CREAT | O_TRUNC;
-    case OpenMode::CreateNew: return O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW;
+    case OpenMode::CreateNew:
+    case OpenMode::CreatePrivate: return O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW;
     }
     return O_RDONLY;
 }
@@ -67,7 +68,9 @@ FileHandle FileHandle::open(const std::string& pathUtf8, OpenMode mode, ErrorCod
     const bool hasBackslash = pathUtf8.find('\\') != std::string::npos;
     const std::string translated = hasBackslash ? systemPath(pathUtf8) : std::string();
     const char* path = hasBackslash ? translated.c_str() : pathUtf8.c_str();
-    const int descriptor = retryInterrupted([&] { return ::open(path, openFlags(mode) | O_CLOEXEC | O_NOCTTY, 0666); });
+    const mode_t rights = mode == OpenMode::CreatePrivate ? 0600 : 0666;
+    const int flags = openFlags(mode) | O_CLOEXEC | O_NOCTTY;
+    const int descriptor = retryInterrupted([&] { return ::open(path, flags, rights); });
     error = descriptor < 0 ? errno : 0;
     if (descriptor >= 0 && mode == OpenMode::Read && isFolder(descriptor))
     {
@@ -151,6 +154,17 @@ ErrorCode renameFile(const std::string& from, const std::string& to)
 }
 
 bool isMissingFile(ErrorCode code) { return code == ENOENT || code == ENOTDIR; }
+
+bool isRefusal(ErrorCode code) { return code == EACCES || code == EPERM || code == EROFS; }
+
+bool isReplaceable(const std::string& pathUtf8)
+{
+    const std::string path = systemPath(pathUtf8);
+    struct stat info = {};
+    if (stat(path.c_str(), &info) == 0)
+        return S_ISREG(info.st_mode);
+    return isMissingFile(errno) && lstat(path.c_str(), &info) != 0;
+}
 
 ErrorCode replaceFile(const std::string& temporary, const std::string& target)
 {

@@ -23,7 +23,8 @@ DWORD accessOf(OpenMode mode)
     // Without FILE_WRITE_DATA every write is an atomic append at the current end.
     case OpenMode::Append: return FILE_APPEND_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE;
     case OpenMode::Truncate:
-    case OpenMode::CreateNew: return GENERIC_WRITE | FILE_READ_ATTRIBUTES;
+    case OpenMode::CreateNew:
+    case OpenMode::CreatePrivate: return GENERIC_WRITE | FILE_READ_ATTRIBUTES;
     }
     return GENERIC_READ;
 }
@@ -35,7 +36,8 @@ DWORD dispositionOf(OpenMode mode)
     case OpenMode::Read: return OPEN_EXISTING;
     case OpenMode::Append: return OPEN_ALWAYS;
     case OpenMode::Truncate: return CREATE_ALWAYS;
-    case OpenMode::CreateNew: return CREATE_NEW;
+    case OpenMode::CreateNew:
+    case OpenMode::CreatePrivate: return CREATE_NEW;
     }
     return OPEN_EXISTING;
 }
@@ -144,6 +146,22 @@ ErrorCode renameFile(const std::string& from, const std::string& to)
 }
 
 bool isMissingFile(ErrorCode code) { return code == ERROR_FILE_NOT_FOUND || code == ERROR_PATH_NOT_FOUND; }
+
+bool isRefusal(ErrorCode code) { return code == ERROR_ACCESS_DENIED || code == ERROR_WRITE_PROTECT; }
+
+bool isReplaceable(const std::string& pathUtf8)
+{
+    const HANDLE handle =
+        CreateFileW(widePath(pathUtf8).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (handle == INVALID_HANDLE_VALUE)
+        return isMissingFile(lastError()) && !pathExists(pathUtf8);
+    BY_HANDLE_FILE_INFORMATION info = {};
+    const bool regular = GetFileType(handle) == FILE_TYPE_DISK && GetFileInformationByHandle(handle, &info) != 0 &&
+                         (info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+    CloseHandle(handle);
+    return regular;
+}
 
 ErrorCode replaceFile(const std::string& temporary, const std::string& target)
 {

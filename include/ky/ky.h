@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// \file
+/// The whole public interface.
+
+#include <ky/kyCsvFileReader.h>
+#include <ky/kyIniFile.h>
+#include <ky/kyLog.h>
+#include <ky/kyMutex.h>
+#include <ky/kySemaphore.h>
+#include <ky/kyStringUtils.h>
+#include <ky/kySystem.h>
+#include <ky/kySystemUtils.h>
+#include <ky/kyVariant.h>
+#include <ky/kyWaitCondition.h>

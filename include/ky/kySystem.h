@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <ky/kyExport.h>
+
+#include <cstdint>
+#include <string>
+
+/// \file
+/// Library initialization and lifetime.
+///
+/// \code
+/// ky::initializeKySystem(ky::InitType::Full, false);
+/// ...
+/// ky::terminateKySystem();
+/// \endcode
+///
+/// Calls nest: every initialization is counted, and the last matching termination tears the process-wide state down.
+/// Both functions take no lock and are meant for one thread, normally the main thread at start-up and shut-down.
+
+namespace ky
+{
+
+/// How much of the library is brought up.
+enum class InitType : std::int32_t
+{
+    Light = 1, ///< usable from one thread: logger, library versions, text tables
+    Full = 2   ///< in addition everything shared is thread-safe; starts what needs threads
+};
+
+/// Initializes the library, or counts one more user when it already is initialized. A `Full` call after a `Light` one
+/// upgrades the library; a `Light` call after a `Full` one only counts. Any other value of `type` does nothing at all.
+///
+/// \param queryMainDisk whether the first full initialization also looks up the main disk device, which later
+///        queries then reuse
+/// \throws std::bad_alloc when memory is exhausted; the call stays counted
+KY_API void initializeKySystem(InitType type, bool queryMainDisk = false);
+
+/// Takes one initialization back; the last one tears everything down, the logger last. A call without a matching
+/// initialization is counted as well: the next initialization then only levels the count and initializes nothing.
+KY_API void terminateKySystem();
+
+/// Whether the library is fully initialized. Also runs the fork detector. Safe from any thread.
+[[nodiscard]] KY_API bool IsKySystemThreadSafe();
+
+/// Fork detector: writes a CRITICAL message when this process is not the one that performed the first full
+/// initialization while the library is fully initialized. Every call in such a child process writes it again.
+KY_API void CheckIfProcessForkAfterThreadSafeInit();
+
+namespace impl
+{
+
+/// A counted initialization flag for modules that are initialized by several users. Not thread-safe.
+class KY_API LibInitCounter
+{
+public:
+    /// \param name what is counted; a null pointer is kept as "n/a"
+    /// \param flag kept for the client; the library itself never reads it
+    LibInitCounter(const char* name, bool flag);
+    LibInitCounter(const LibInitCounter& other) = default;
+    LibInitCounter& operator=(const LibInitCounter& other) = default;
+    ~LibInitCounter() = default;
+
+    /// Whether the counter is not 0 (a negative counter counts as initialized).
+    [[nodiscard]] bool isInitialized() const { return mCounter != 0; }
+
+    [[nodiscard]] int getInitCounter() const { return mCounter; }
+
+    /// Adds 1. True exactly when the counter is now 1.
+    bool incrementInitCounter();
+
+    /// Subtracts 1, without a floor. True exactly when the counter is now 0.
+    bool decrementInitCounter();
+
+    void clearInitCounter() { mCounter = 0; }
+
+    /// A switch for client code (on at start); the library's own warnings do not consult it.
+    static void SetLibInitWarningsEnabled(bool enabled);
+
+    /// \copydoc SetLibInitWarningsEnabled
+    [[nodiscard]] static bool AreLibInitWarningsEnabled() { return msLibInitWarnings; }
+
+private:
+    std::int32_t mCounter = 0;
+    bool mEverInitialized = false;
+    bool mFlag;
+    std::string mName;
+
+    static bool msLibInitWarnings;
+};
+
+/// Records the version of another library that the program uses, replacing an earlier entry of the same name. Reports
+/// about the machine publish the entries. For one thread, between initialization and termination; ignored outside.
+KY_API void RegisterThirdPartyLibVersionInfo(const char* libName, const char* version);
+
+/// Removes the entry of exactly this name, if there is one.
+KY_API void UnRegisterThirdPartyLibVersionInfo(const char* libName);
+
+} // namespace impl
+
+} // namespace ky

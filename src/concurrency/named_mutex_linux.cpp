@@ -1,0 +1,182 @@
+// SPDX-License-Identifier: MIT
+// One record per name and process answers recursion and keeps the threads of the process apart; its outermost level
+// holds flock() on a file that the name leads to. The lock belongs to the open file: the kernel drops it with the last
+// descriptor, so a child of fork() closes its copies at once, and no other use of the file in this process can drop it.
+#include "concurrency/kernel_mutex_linux.h"
+#include "concurrency/mutex_file_linux.h"
+#include "concurrency/named_mutex_native.h"
+
+#include "platform/posix_retry.h"
+
+#include <atomic>
+#include <ctime>
+#include <mutex>
+#include <new>
+#include <sys/file.h>
+#include <unistd.h>
+
+namespace ky::impl::native
+{
+
+/// Records are never freed, only used again, so that the child of a fork can walk them without a lock. Everything that
+/// it touches is atomic; `key` and `references` change under the table's mutex, the rest under `inProcess`.
+struct NamedMutex
+{
+    KernelMutex inProcess;
+    NameHash key{};
+    int references = 0;
+    std::atomic<pthread_t> owner{};
+    std::atomic<unsigned> depth{0};
+    std::atomic<int> file{-1};
+    timespec checkedAt{};
+    NamedMutex* next = nullptr;
+};
+
+namespace
+{
+
+struct Table
+{
+    std::mutex mutex;
+    std::atomic<NamedMutex*> first{nullptr};
+};
+
+void forgetInForkedChild() noexcept;
+
+/// Lives as long as the process: locks may be used by static objects of others.
+Table& table()
+{
+    static Table* const instance = []
+    {
+        auto* const made = new Table;
+        pthread_atfork(nullptr, nullptr, &forgetInForkedChild);
+        return made;
+    }();
+    return *instance;
+}
+
+/// The parent's threads and locks are not the child's. Nothing is locked on the way: another thread of the parent may
+/// have been anywhere.
+void forgetInForkedChild() noexcept
+{
+    Table& all = table();
+    new (&all.mutex) std::mutex;
+    for (NamedMutex* record = all.first; record != nullptr; record = record->next)
+    {
+        const int file = record->file.exchange(-1);
+        if (file != -1)
+            ::close(file);
+        record->depth = 0;
+        record->owner = pthread_t{};
+        record->inProcess.init();
+    }
+}
+
+/// Asked once in every tick of the system's clock, because asking costs half as much as locking.
+bool isRemoved(NamedMutex& mutex) noexcept
+{
+    timespec now{};
+    ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+    if (now.tv_sec == mutex.checkedAt.tv_sec && now.tv_nsec == mutex.checkedAt.tv_nsec)
+        return false;
+    mutex.checkedAt = now;
+    return isFileRemoved(mutex.file);
+}
+
+/// Where no file can be locked the mutex still keeps the threads of this process apart.
+void lockFile(NamedMutex& mutex) noexcept
+{
+    for (;;)
+    {
+        if (mutex.file != -1)
+        {
+            const int result = retryInterrupted([&] { return ::flock(mutex.file, LOCK_EX); });
+            if (result != 0 || !isRemoved(mutex))
+                return;
+        }
+        ErrorCode error = 0;
+        const int fresh = openMutexFile(mutex.key, error);
+        if (fresh == -1)
+            return;
+        mutex.checkedAt = timespec{};
+        const int stale = mutex.file.exchange(fresh);
+        if (stale != -1)
+            ::close(stale);
+    }
+}
+
+NamedMutex* find(Table& all, const NameHash& key) noexcept
+{
+    NamedMutex* record = all.first;
+    while (record != nullptr && (record->references == 0 || record->key != key))
+        record = record->next;
+    return record;
+}
+
+NamedMutex* unusedRecord(Table& all)
+{
+    for (NamedMutex* record = all.first; record != nullptr; record = record->next)
+    {
+        if (record->references == 0 && record->owner == pthread_t{})
+            return record;
+    }
+    auto* const record = new NamedMutex;
+    record->next = all.first;
+    all.first = record;
+    return record;
+}
+
+} // namespace
+
+NamedMutex* openNamedMutex(const std::string& name, ErrorCode& error)
+{
+    Table& all = table();
+    const NameHash key = hashName(name);
+    const std::lock_guard guard(all.mutex);
+    NamedMutex* record = find(all, key);
+    if (record == nullptr)
+    {
+        record = unusedRecord(all);
+        record->key = key;
+        record->file = openMutexFile(key, error);
+        if (record->file == -1)
+            return nullptr;
+    }
+    ++record->references;
+    return record;
+}
+
+void closeNamedMutex(NamedMutex* mutex) noexcept
+{
+    const std::lock_guard guard(table().mutex);
+    if (--mutex->references != 0)
+        return;
+    while (mutex->owner == pthread_self())
+        release(*mutex);
+    const int file = mutex->file.exchange(-1);
+    if (file != -1)
+        ::close(file);
+}
+
+void acquire(NamedMutex& mutex) noexcept
+{
+    if (acquire(mutex.inProcess, noTimeLimit) == Locked::Abandoned)
+        mutex.depth = 0;
+    mutex.owner = pthread_self();
+    if (++mutex.depth == 1)
+        lockFile(mutex);
+}
+
+void release(NamedMutex& mutex) noexcept
+{
+    if (mutex.owner != pthread_self())
+        return;
+    if (--mutex.depth == 0)
+    {
+        mutex.owner = pthread_t{};
+        ::flock(mutex.file, LOCK_UN);
+    }
+    release(mutex.inProcess);
+}
+
+} // namespace ky::impl::native

@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: MIT
+#include "concurrency/futex_linux.h"
+#include "concurrency/kernel_mutex_linux.h"
+#include "concurrency/sync_native.h"
+
+#include "platform/compiler.h"
+
+namespace ky::impl::native
+{
+
+namespace
+{
+
+enum LockState : std::uint32_t
+{
+    Free = 0,
+    Taken = 1,
+    TakenWithSleepers = 2
+};
+
+/// Turns of the spin loop before a thread goes to sleep: about the cost of one sleep and wake.
+constexpr int spinTurns = 100;
+
+} // namespace
+
+/// The owner is known by its pthread_self(), which a forked child inherits for the thread that forked. `depth` counts
+/// the levels beyond the first and belongs to the owner.
+struct RecursiveLock
+{
+    std::atomic<std::uint32_t> state{Free};
+    std::uint32_t depth = 0;
+    std::atomic<pthread_t> owner{};
+};
+
+RecursiveLock* createRecursiveLock() { return new RecursiveLock; }
+void destroy(RecursiveLock* lock) noexcept { delete lock; }
+
+namespace
+{
+
+bool take(RecursiveLock& lock) noexcept
+{
+    std::uint32_t expected = Free;
+    return lock.state.compare_exchange_strong(expected, Taken, std::memory_order_acquire, std::memory_order_relaxed);
+}
+
+KY_NOINLINE void takeSlowly(RecursiveLock& lock) noexcept
+{
+    for (int turn = 0; turn < spinTurns; ++turn)
+    {
+        const std::uint32_t state = lock.state.load(std::memory_order_relaxed);
+        if (state == Free && take(lock))
+            return;
+        if (state == TakenWithSleepers)
+            break;
+        KY_SPIN_PAUSE();
+    }
+    // Whoever has slept cannot know whether others still do: it takes the lock as one with sleepers.
+    const Deadline never(noTimeLimit);
+    while (lock.state.exchange(TakenWithSleepers, std::memory_order_acquire) != Free)
+        futexWait(lock.state, TakenWithSleepers, never);
+}
+
+} // namespace
+
+void enter(RecursiveLock& lock) noexcept
+{
+    const pthread_t self = pthread_self();
+    if (lock.owner.load(std::memory_order_relaxed) == self)
+    {
+        ++lock.depth;
+        return;
+    }
+    if (KY_UNLIKELY(!take(lock)))
+        takeSlowly(lock);
+    lock.owner.store(self, std::memory_order_relaxed);
+}
+
+bool tryEnter(RecursiveLock& lock) noexcept
+{
+    const pthread_t self = pthread_self();
+    if (lock.owner.load(std::memory_order_relaxed) == self)
+    {
+        ++lock.depth;
+        return true;
+    }
+    if (!take(lock))
+        return false;
+    lock.owner.store(self, std::memory_order_relaxed);
+    return true;
+}
+
+void leave(RecursiveLock& lock) noexcept
+{
+    if (lock.depth != 0)
+    {
+        --lock.depth;
+        return;
+    }
+    lock.owner.store(pthread_t{}, std::memory_order_relaxed);
+    if (lock.state.exchange(Free, std::memory_order_release) == TakenWithSleepers)
+        futexWake(lock.state, 1);
+}
+
+/// A sleeper waits for a change of `sequence`. Wakers that change the predicate under the lock see every sleeper
+/// counted that read the predicate before, because sleepers count themselves under the lock.
+struct ConditionVariable
+{
+    std::atomic<std::uint32_t> sequence{0};
+    std::atomic<std::uint32_t> sleepers{0};
+};
+
+bool findConditionVariables() noexcept { return true; }
+ConditionVariable* createConditionVariable() { return new ConditionVariable; }
+void destroy(ConditionVariable* condition) noexcept { delete condition; }
+
+bool sleep(ConditionVariable& condition, RecursiveLock& lock, std::uint32_t limitMs) noexcept
+{
+    const Deadline deadline(limitMs);
+    condition.sleepers.fetch_add(1, std::memory_order_relaxed);
+    const std::uint32_t seen = condition.sequence.load(std::memory_order_relaxed);
+    leave(lock);
+    int result = EINTR;
+    while (result == EINTR)
+        result = futexWait(condition.sequence, seen, deadline);
+    const bool woken = result != ETIMEDOUT || condition.sequence.load(std::memory_order_relaxed) != seen;
+    condition.sleepers.fetch_sub(1, std::memory_order_relaxed);
+    enter(lock);
+    return woken;
+}
+
+namespace
+{
+
+void wake(ConditionVariable& condition, int count) noexcept
+{
+    if (condition.sleepers.load(std::memory_order_relaxed) == 0)
+        return;
+    condition.sequence.fetch_add(1, std::memory_order_relaxed);
+    futexWake(condition.sequence, count);
+}
+
+} // namespace
+
+void wakeOne(ConditionVariable& condition) noexcept { wake(condition, 1); }
+void wakeAll(ConditionVariable& condition) noexcept { wake(condition, INT_MAX); }
+
+KernelMutex* createKernelMutex() { return new KernelMutex; }
+
+void destroy(KernelMutex* mutex) noexcept
+{
+    // Still owned by another thread it stays linked into that thread's list of robust mutexes: rather lost than freed.
+    const Locked state = acquire(*mutex, 0);
+    if (state != Locked::Yes && state != Locked::Abandoned)
+        return;
+    while (pthread_mutex_unlock(&mutex->mutex) == 0)
+        continue;
+    pthread_mutex_destroy(&mutex->mutex);
+    delete mutex;
+}
+
+Locked acquire(KernelMutex& mutex, std::uint32_t limitMs) noexcept
+{
+    int result = pthread_mutex_trylock(&mutex.mutex);
+    if (result == EBUSY && limitMs == noTimeLimit)
+        result = pthread_mutex_lock(&mutex.mutex);
+    else if (result == EBUSY && limitMs != 0)
+        result = pthread_mutex_clocklock(&mutex.mutex, CLOCK_MONOTONIC, Deadline(limitMs).time());
+    if (result == EOWNERDEAD)
+    {
+        pthread_mutex_consistent(&mutex.mutex);
+        return Locked::Abandoned;
+    }
+    if (result == 0)
+        return Locked::Yes;
+    return result == EBUSY || result == ETIMEDOUT ? Locked::TimedOut : Locked::Failed;
+}
+
+void release(KernelMutex& mutex) noexcept { pthread_mutex_unlock(&mutex.mutex); }
+
+std::uint32_t currentThreadId() noexcept { return static_cast<std::uint32_t>(::gettid()); }
+
+} // namespace ky::impl::native

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: MIT
+#include "diagnostics/fork_guard_native.h"
+
+#include <pthread.h>
+
+namespace ky::impl::native
+{
+
+// The C library drops the handlers when this code is unloaded.
+void onFork(void (*before)(), void (*after)()) { pthread_atfork(before, after, after); }
+
+} // namespace ky::impl::native

@@ -1,0 +1,302 @@
+// SPDX-License-Identifier: MIT
+#include <ky/kyLog.h>
+
+#include "diagnostics/escape_text.h"
+#include "diagnostics/fork_guard_native.h"
+#include "diagnostics/log_file.h"
+#include "diagnostics/log_line.h"
+#include "diagnostics/standard_output.h"
+#include "frame/library_state.h"
+
+#include <ky/kyMutex.h>
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace ky
+{
+
+namespace impl
+{
+
+struct LogData
+{
+    std::unique_ptr<kyMutex> lock;           ///< null until the logger is made thread-safe
+    std::unique_ptr<kyMutexSystem> fileLock; ///< named by the path of the log file
+    kyLog::CustomHandler handler = nullptr;
+    void* userData = nullptr;
+    LogFile file;
+    std::atomic<bool> echo{true};
+    LineClock clock;
+};
+
+namespace
+{
+
+/// Holds the log file against other processes, where there is a lock for it.
+class FileSection
+{
+public:
+    explicit FileSection(kyMutexSystem* lock) : mLock(lock)
+    {
+        if (mLock != nullptr)
+            mLock->lock();
+    }
+    ~FileSection()
+    {
+        if (mLock != nullptr)
+            mLock->unlock();
+    }
+    FileSection(const FileSection&) = delete;
+    FileSection& operator=(const FileSection&) = delete;
+
+    bool isExclusive() const { return mLock != nullptr; }
+
+private:
+    kyMutexSystem* mLock;
+};
+
+void callHandler(const LogData& data, const std::string& message, kyLogType type, const std::string& qualifier)
+{
+    if (data.handler == nullptr)
+        return;
+    try
+    {
+        data.handler(message, type, qualifier, data.userData);
+    }
+    catch (...)
+    {
+        // The handler's own trouble; the other outputs still get the line.
+    }
+}
+
+/// Pieces between any of the separators, empty ones dropped.
+std::vector<std::string_view> splitNames(std::string_view names)
+{
+    constexpr std::string_view separators = " ,;\\|/";
+    std::vector<std::string_view> pieces;
+    for (std::size_t at = names.find_first_not_of(separators); at != std::string_view::npos;
+         at = names.find_first_not_of(separators, at))
+    {
+        const std::size_t end = std::min(names.find_first_of(separators, at), names.size());
+        pieces.push_back(names.substr(at, end - at));
+        at = end;
+    }
+    return pieces;
+}
+
+} // namespace
+
+} // namespace impl
+
+kyLog* kyLog::msInstance = nullptr;
+
+/// Holds the in-process lock for a scope, where there is one.
+class kyLog::CriticalSection
+{
+public:
+    explicit CriticalSection(const kyLog& log) : mLog(log) { mLog.takeCriticalSection(); }
+    ~CriticalSection() { mLog.releaseCriticalSection(); }
+    CriticalSection(const CriticalSection&) = delete;
+    CriticalSection& operator=(const CriticalSection&) = delete;
+
+private:
+    const kyLog& mLog;
+};
+
+kyLog::kyLog(bool threadSafe) : mData(new impl::LogData)
+{
+    if (!threadSafe)
+        return;
+    try
+    {
+        makeThreadSafe();
+    }
+    catch (...)
+    {
+        delete mData;
+        throw;
+    }
+}
+
+kyLog::~kyLog()
+{
+    delete mPendingAnnouncement.load();
+    delete mData;
+}
+
+void kyLog::createInstance(bool threadSafe)
+{
+    if (msInstance == nullptr)
+        msInstance = new kyLog(threadSafe);
+}
+
+void kyLog::destroyInstance()
+{
+    // The locks report trouble through the logger when they are destroyed: none must be found by then.
+    delete std::exchange(msInstance, nullptr);
+}
+
+std::string kyLog::GetTime() { return std::string(impl::LineClock().text()); }
+
+namespace
+{
+
+/// The logger whose lock a fork in progress holds.
+kyLog* sHeldForFork = nullptr;
+
+} // namespace
+
+void kyLog::holdForFork()
+{
+    sHeldForFork = msInstance;
+    if (sHeldForFork != nullptr)
+        sHeldForFork->takeCriticalSection();
+}
+
+void kyLog::releaseAfterFork()
+{
+    if (kyLog* const held = std::exchange(sHeldForFork, nullptr))
+        held->releaseCriticalSection();
+}
+
+void kyLog::makeThreadSafe()
+{
+    static const bool registered = (impl::native::onFork(&holdForFork, &releaseAfterFork), true);
+    static_cast<void>(registered);
+    if (mData->lock == nullptr)
+        mData->lock = std::make_unique<kyMutex>();
+    const CriticalSection section(*this);
+    if (!mData->file.path().empty())
+        mData->fileLock = std::make_unique<kyMutexSystem>(mData->file.path().c_str());
+}
+
+void kyLog::takeCriticalSection() const
+{
+    if (mData->lock != nullptr)
+        mData->lock->lock();
+}
+
+void kyLog::releaseCriticalSection() const
+{
+    if (mData->lock != nullptr)
+        mData->lock->unlock();
+}
+
+void kyLog::setEchoToConsole(bool echo) { mData->echo.store(echo, std::memory_order_relaxed); }
+
+void kyLog::setDebugSubTypeEnabled(const char* names, bool enabled)
+{
+    if (names == nullptr)
+        return;
+    bool changed = false;
+    std::string added;
+    for (const std::string_view name : impl::splitNames(names))
+    {
+        const auto found = mBlacklist.find(name);
+        if (enabled == (found == mBlacklist.end()))
+            continue;
+        changed = true;
+        if (enabled)
+        {
+            mBlacklist.erase(found);
+            continue;
+        }
+        mBlacklist.emplace(name);
+        added.append(added.empty() ? "'" : " '").append(name).append("'");
+    }
+    if (!changed)
+        return;
+    auto announcement = std::make_unique<std::string>("kyDebug qualifier(s) blacklist : " + added);
+    const CriticalSection section(*this);
+    delete mPendingAnnouncement.exchange(announcement.release());
+}
+
+bool kyLog::isDebugSubTypeEnabled(const char* subType)
+{
+    if (subType == nullptr)
+        return true;
+    if (mPendingAnnouncement.load(std::memory_order_acquire) != nullptr)
+        announceBlacklist();
+    return mBlacklist.empty() || mBlacklist.find(std::string_view(subType)) == mBlacklist.end();
+}
+
+void kyLog::announceBlacklist()
+{
+    std::unique_ptr<std::string> announcement;
+    {
+        const CriticalSection section(*this);
+        announcement.reset(mPendingAnnouncement.exchange(nullptr));
+    }
+    if (announcement != nullptr)
+        Write(*announcement, kyLogType::DEBUG, std::string());
+}
+
+void kyLog::Write(const std::string& message, kyLogType type, const std::string& qualifier)
+{
+    try
+    {
+        // The time is taken under the lock, so that it never steps back from line to line.
+        const CriticalSection section(*this);
+        impl::LogLine line(type, qualifier, mData->clock.text(), message);
+        impl::callHandler(*mData, message, type, qualifier);
+        if (mData->echo.load(std::memory_order_relaxed))
+            impl::writeToStandardOutput(line);
+        if (mData->file.path().empty())
+            return;
+        const impl::FileSection fileSection(mData->fileLock.get());
+        mData->file.append(line, fileSection.isExclusive());
+    }
+    catch (...)
+    {
+        // No memory for the file's names: the line is skipped like any that cannot be written.
+    }
+}
+
+void kyLog::installFileHandlerExUtf8(const std::string& pathUtf8, int flags, long long maxSizeBytes, int filesToKeep)
+{
+    bool installed = false;
+    {
+        const CriticalSection section(*this);
+        const std::string path = pathUtf8;
+        removeFileHandler();
+        mData->file.setPath(path, maxSizeBytes, filesToKeep);
+        if (!path.empty() && impl::libraryState() == impl::LibraryState::Full)
+            mData->fileLock = std::make_unique<kyMutexSystem>(path.c_str());
+        setEchoToConsole((flags & EchoToStandardOutput) != 0);
+        const impl::FileSection fileSection(mData->fileLock.get());
+        installed = mData->file.prepare(flags);
+    }
+    if (installed)
+        return;
+    removeFileHandler();
+    if (msInstance != nullptr)
+        kyLogObject(kyLogType::CRITICAL, nullptr, msInstance, nullptr)
+            << "Fail to install log file handler to " << impl::escapeControls(pathUtf8);
+}
+
+void kyLog::installFileHandlerUtf8(const std::string& pathUtf8) { installFileHandlerExUtf8(pathUtf8, 0, -1, 0); }
+
+void kyLog::removeFileHandler()
+{
+    const CriticalSection section(*this);
+    mData->fileLock.reset();
+    mData->file.setPath(std::string(), -1, 0);
+    setEchoToConsole(false);
+}
+
+std::string kyLog::getCurrentLogFileNameUtf8() const
+{
+    const CriticalSection section(*this);
+    return mData->file.path();
+}
+
+void kyLog::installCustomHandler(CustomHandler handler, void* userData)
+{
+    const CriticalSection section(*this);
+    mData->handler = handler;
+    mData->userData = userData;
+}
+
+} // namespace ky

@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+#include "io/file_input_stream.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace ky::impl
+{
+
+std::streamsize FileInputBuffer::readSome(char* to, std::streamsize count)
+{
+    native::ErrorCode error = 0;
+    const std::int64_t got = mFile.read(to, static_cast<std::size_t>(count), error);
+    if (got < 0)
+        throw std::ios_base::failure("read error"); // the stream turns this into badbit
+    mFilePosition += got;
+    return static_cast<std::streamsize>(got);
+}
+
+FileInputBuffer::int_type FileInputBuffer::underflow()
+{
+    if (gptr() == egptr())
+    {
+        const std::streamsize got = readSome(mSmall.data(), static_cast<std::streamsize>(mSmall.size()));
+        setg(mSmall.data(), mSmall.data(), mSmall.data() + got);
+    }
+    return gptr() == egptr() ? traits_type::eof() : traits_type::to_int_type(*gptr());
+}
+
+std::streamsize FileInputBuffer::xsgetn(char* to, std::streamsize count)
+{
+    std::streamsize done = std::min<std::streamsize>(count, egptr() - gptr());
+    if (done > 0)
+    {
+        std::memcpy(to, gptr(), static_cast<std::size_t>(done));
+        gbump(static_cast<int>(done));
+    }
+    while (done < count)
+    {
+        const std::streamsize got = readSome(to + done, count - done);
+        if (got == 0)
+            break;
+        done += got;
+    }
+    return done;
+}
+
+FileInputBuffer::pos_type FileInputBuffer::seekoff(off_type offset, std::ios_base::seekdir direction,
+                                                   std::ios_base::openmode mode)
+{
+    if (direction == std::ios_base::cur)
+        offset += mFilePosition - (egptr() - gptr());
+    else if (direction == std::ios_base::end)
+    {
+        const std::int64_t size = mFile.size();
+        if (size < 0)
+            return pos_type(off_type(-1));
+        offset += size;
+    }
+    return seekpos(pos_type(offset), mode);
+}
+
+FileInputBuffer::pos_type FileInputBuffer::seekpos(pos_type position, std::ios_base::openmode)
+{
+    const off_type target = position;
+    if (target < 0 || !mFile.seek(target))
+        return pos_type(off_type(-1));
+    setg(nullptr, nullptr, nullptr);
+    mFilePosition = target;
+    return position;
+}
+
+std::unique_ptr<std::istream> FileInputStream::open(const std::string& pathUtf8)
+{
+    native::ErrorCode error = 0;
+    native::FileHandle file = native::FileHandle::open(pathUtf8, native::OpenMode::Read, error);
+    if (!file.isOpen())
+        return nullptr;
+    return std::make_unique<FileInputStream>(std::move(file));
+}
+
+} // namespace ky::impl

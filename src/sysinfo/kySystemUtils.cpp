@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: MIT
+#include <ky/kySystemUtils.h>
+
+#include "platform/clock_native.h"
+#include "platform/process_id_native.h"
+#include "sysinfo/uuid_native.h"
+
+#include <ky/kySystem.h>
+
+#include <memory>
+
+namespace ky
+{
+
+namespace
+{
+
+/// What initialization gathers once and the readers look up.
+struct SystemRecord
+{
+    kyVariant::kyVariantMapImpl libraryVersions;
+};
+
+SystemRecord* sRecord = nullptr;
+
+/// 100 ns units between 1601-01-01 and 1970-01-01.
+constexpr std::int64_t unixEpoch100ns = 116444736000000000;
+
+std::int64_t unixTime100ns() { return impl::native::systemTime100ns() - unixEpoch100ns; }
+
+} // namespace
+
+void kySystemUtils::InitializeSystemUtils()
+{
+    if (sRecord == nullptr)
+        sRecord = std::make_unique<SystemRecord>().release();
+}
+
+void kySystemUtils::TerminateSystemUtils()
+{
+    delete sRecord;
+    sRecord = nullptr;
+}
+
+const kyVariant::kyVariantMapImpl& kySystemUtils::GetThirdPartyLibVersionInfo()
+{
+    static const kyVariant::kyVariantMapImpl none;
+    return sRecord != nullptr ? sRecord->libraryVersions : none;
+}
+
+long long kySystemUtils::GetMSecElapsedSinceEpoch() { return unixTime100ns() / 10000; }
+
+long long kySystemUtils::GetSecElapsedSinceEpoch() { return unixTime100ns() / 10000000; }
+
+long long kySystemUtils::GetTimeBaseMs() { return impl::native::ticksSinceStartMs(); }
+
+long long kySystemUtils::GetTimeBaseSec() { return GetTimeBaseMs() / 1000; }
+
+std::string kySystemUtils::GetCurrentTimeAsString(const char* format, bool localTime)
+{
+    std::tm time = {};
+    if (format == nullptr || !impl::native::breakDownTime(GetSecElapsedSinceEpoch(), localTime, time))
+        return {};
+    char buffer[80];
+    return std::string(buffer, impl::native::formatTime(buffer, sizeof(buffer), format, time));
+}
+
+unsigned long long kySystemUtils::GetCurrentProcessID() { return impl::native::currentProcessId(); }
+
+std::string kySystemUtils::CreateUuid(bool withBraces)
+{
+    std::string dashed;
+    if (!impl::native::createUuidText(dashed))
+        return {};
+    std::string text;
+    for (const char c : dashed)
+    {
+        const bool upper = c >= 'A' && c <= 'F';
+        if (c != '-' || withBraces)
+            text += upper ? static_cast<char>(c - 'A' + 'a') : c;
+    }
+    return withBraces ? "{" + text + "}" : text;
+}
+
+namespace impl
+{
+
+void RegisterThirdPartyLibVersionInfo(const char* libName, const char* version)
+{
+    if (sRecord != nullptr && libName != nullptr && version != nullptr)
+        sRecord->libraryVersions[libName] = kyVariant(version);
+}
+
+void UnRegisterThirdPartyLibVersionInfo(const char* libName)
+{
+    if (sRecord != nullptr && libName != nullptr)
+        sRecord->libraryVersions.remove(libName);
+}
+
+} // namespace impl
+
+} // namespace ky

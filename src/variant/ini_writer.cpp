@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: MIT
+#include "variant/ini_text.h"
+
+namespace ky::impl
+{
+
+namespace
+{
+
+void appendEscaped(std::string& text, std::string_view value)
+{
+    for (std::size_t special = value.find_first_of("\\\n\r\t\""); special != std::string_view::npos;
+         special = value.find_first_of("\\\n\r\t\""))
+    {
+        text += value.substr(0, special);
+        text += '\\';
+        switch (value[special])
+        {
+        case '\n': text += 'n'; break;
+        case '\r': text += 'r'; break;
+        case '\t': text += 't'; break;
+        default: text += value[special]; break;
+        }
+        value.remove_prefix(special + 1);
+    }
+    text += value;
+}
+
+void appendString(std::string& text, std::string_view value)
+{
+    const bool quoted = value.find('"') != std::string_view::npos;
+    if (quoted)
+        text += '"';
+    appendEscaped(text, value);
+    if (quoted)
+        text += '"';
+}
+
+bool refuse(std::string_view key, kyVariant::Type type)
+{
+    std::string message = "saveVariantToIni unsupported variant type (";
+    message += std::to_string(static_cast<unsigned>(type));
+    message += ") for key ";
+    message += key;
+    warnIni(message);
+    return false;
+}
+
+bool writeEntry(std::string_view key, const kyVariant& value, std::string& text)
+{
+    switch (value.getType())
+    {
+    case kyVariant::Type::Integer:
+    case kyVariant::Type::Real:
+    case kyVariant::Type::Bool:
+    case kyVariant::Type::String: break;
+    default: return refuse(key, value.getType());
+    }
+    text += key;
+    text += '=';
+    if (value.getType() == kyVariant::Type::String)
+        appendString(text, value.getString());
+    else
+        text += value.toString();
+    text += '\n';
+    return true;
+}
+
+bool writeLeaves(const IniMap& leaves, std::string& text)
+{
+    for (const auto& [key, value] : leaves)
+    {
+        if (!writeEntry(key, value, text))
+            return false;
+    }
+    return true;
+}
+
+bool isFlat(const IniMap& map)
+{
+    for (const auto& entry : map)
+    {
+        const kyVariant::Type type = entry.second.getType();
+        if (type == kyVariant::Type::Map || type == kyVariant::Type::List)
+            return false;
+    }
+    return true;
+}
+
+bool writeSection(const IniMap& map, std::string& text)
+{
+    if (isFlat(map))
+        return writeLeaves(map, text);
+    IniMap leaves;
+    map.toFlattenMap(leaves, iniPathSeparator);
+    return writeLeaves(leaves, text);
+}
+
+} // namespace
+
+bool writeIni(const IniMap& map, std::string& text)
+{
+    ((text += '[') += iniGeneral) += "]\n";
+    for (const auto& [key, value] : map)
+    {
+        if (value.getType() != kyVariant::Type::Map ? !writeEntry(key, value, text)
+                                                    : key == iniGeneral && !writeSection(value.getMap(), text))
+            return false;
+    }
+    for (const auto& [key, value] : map)
+    {
+        if (value.getType() != kyVariant::Type::Map || key == iniGeneral)
+            continue;
+        ((text += "\n[") += key) += "]\n";
+        if (!writeSection(value.getMap(), text))
+            return false;
+    }
+    return true;
+}
+
+} // namespace ky::impl

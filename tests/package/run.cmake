@@ -1,0 +1,33 @@
+# Installs, moves the install tree, builds and runs the README's program against it.
+file(REMOVE_RECURSE "${WORK_DIR}")
+file(MAKE_DIRECTORY "${WORK_DIR}/run")
+
+function(run)
+  execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output
+    WORKING_DIRECTORY "${WORK_DIR}/run")
+  if(NOT result EQUAL 0)
+    message(FATAL_ERROR "failed: ${ARGN}\n${output}")
+  endif()
+endfunction()
+
+run(${CMAKE_COMMAND} --install "${BUILD_DIR}" --prefix "${WORK_DIR}/made")
+file(RENAME "${WORK_DIR}/made" "${WORK_DIR}/moved")
+set(arguments -S "${SOURCE_DIR}" -B "${WORK_DIR}/build" -G Ninja "-DCMAKE_PREFIX_PATH=${WORK_DIR}/moved"
+  "-DCMAKE_FIND_ROOT_PATH=${WORK_DIR}/moved" "-DEXAMPLE=${EXAMPLE}")
+if(TOOLCHAIN)
+  list(APPEND arguments "-DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN}")
+endif()
+run(${CMAKE_COMMAND} ${arguments})
+run(${CMAKE_COMMAND} --build "${WORK_DIR}/build")
+if(TOOLCHAIN)
+  file(GLOB libraries "${WORK_DIR}/moved/bin/*.dll" "${RUNTIME_DIR}/lib*.dll")
+  file(COPY ${libraries} DESTINATION "${WORK_DIR}/build")
+  run(${RUNNER} "${WORK_DIR}/build/hello.exe")
+else()
+  run("${WORK_DIR}/build/hello")
+endif()
+foreach(made IN ITEMS hello.log hello.ini)
+  if(NOT EXISTS "${WORK_DIR}/run/${made}")
+    message(FATAL_ERROR "${made} was not written")
+  endif()
+endforeach()

@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: MIT
+#include "support/child_process.h"
+#include "support/temp_dir.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace
+{
+
+using ky::test::readFile;
+using ky::test::TempDir;
+using ky::test::writeFile;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+
+struct Result
+{
+    int exitCode = -1;
+    std::string output; ///< standard output and error, line ends as "\n"
+};
+
+class Tool : public testing::Test
+{
+protected:
+    Result ky(const std::vector<std::string>& arguments)
+    {
+        const std::string file = dir.file("output.txt");
+        Result result;
+        result.exitCode = ky::test::ChildProcess::program("ky", arguments, file).wait();
+        result.output = readFile(file);
+        result.output.erase(std::remove(result.output.begin(), result.output.end(), '\r'), result.output.end());
+        return result;
+    }
+
+    TempDir dir;
+};
+
+TEST_F(Tool, WrongUsageIsTwoAndHelpIsZero)
+{
+    const std::string file = dir.file("a.ini");
+    const std::vector<std::vector<std::string>> wrong = {
+        {},
+        {"unknown"},
+        {"csv"},
+        {"csv", "a.csv", "--delimiter", "ab"},
+        {"ini", file},
+        {"ini", file, "remove", "x"},
+        {"ini", file, "get"},
+        {"ini", file, "set", "only-path"},
+        {"ini", file, "list", "extra"},
+        {"log", file},
+        {"log", file, "--type", "loud", "x"},
+        {"log", file, "--keep", "129", "x"},
+        {"log", file, "--max-size", "many", "x"},
+    };
+    for (const auto& arguments : wrong)
+        EXPECT_EQ(ky(arguments).exitCode, 2) << testing::PrintToString(arguments);
+    EXPECT_FALSE(ky::test::exists(file));
+    EXPECT_EQ(ky({"--help"}).exitCode, 0);
+    EXPECT_THAT(ky({"csv", "--help"}).output, HasSubstr("--ini"));
+}
+
+TEST_F(Tool, CsvShowsTypesAndWritesTheSummary)
+{
+    const std::string table = dir.file("st\xC3\xA4"
+                                       "dte.csv");
+    writeFile(table, "\xEF\xBB\xBF"
+                     "name,people,share\n\"Z\xC3\xBCrich, ZH\",434736,0.05\nBern,unknown,\"0,02\"\n");
+    const Result result = ky({"csv", table, "--ini", dir.file("sum.ini"), "--rows", "1"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_THAT(result.output, HasSubstr("2 rows, 3 columns"));
+    EXPECT_THAT(result.output, HasSubstr("INTEGER 1  STRING 1"));
+    EXPECT_THAT(result.output, HasSubstr("REAL 2"));
+    EXPECT_THAT(result.output, HasSubstr("Z\xC3\xBCrich, ZH | 434736"));
+    EXPECT_THAT(result.output, Not(HasSubstr("Bern")));
+    EXPECT_EQ(readFile(dir.file("sum.ini")),
+              "[General]\n\n[st\xC3\xA4"
+              "dte.csv]\n"
+              "column1/longest=11\ncolumn1/name=name\ncolumn1/type/STRING=2\n"
+              "column2/longest=7\ncolumn2/name=people\ncolumn2/type/INTEGER=1\ncolumn2/type/STRING=1\n"
+              "column3/longest=4\ncolumn3/name=share\ncolumn3/type/REAL=2\n"
+              "columns=3\nrows=2\n");
+    EXPECT_THAT(ky({"csv", table, "--text"}).output, Not(HasSubstr("REAL")));
+}
+
+TEST_F(Tool, CsvTellsTheReasonAndTheFileAndGoesOn)
+{
+    const std::string good = dir.file("good.csv");
+    const std::string broken = dir.file("broken.csv");
+    writeFile(good, "a,b\n1,2\n");
+    writeFile(broken, "a,b\n1,2\n\xFF,3\n");
+    const Result result = ky({"csv", dir.file("missing.csv"), broken, good});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.output, HasSubstr("missing.csv: Failed to open the file"));
+    EXPECT_THAT(result.output, HasSubstr("broken.csv: Invalid UTF-8"));
+    EXPECT_THAT(result.output, HasSubstr("good.csv\n  1 rows, 2 columns"));
+    EXPECT_EQ(ky({"csv", dir.path()}).exitCode, 1);
+}
+
+TEST_F(Tool, IniListsGetsSetsAndMerges)
+{
+    const std::string file = dir.file("a.ini");
+    EXPECT_EQ(ky({"ini", file, "list"}).exitCode, 1);
+    EXPECT_EQ(ky({"ini", file, "set", "S/sub/z", "3.14159265"}).exitCode, 0);
+    EXPECT_EQ(ky({"ini", file, "set", "top", "two words"}).exitCode, 0);
+    EXPECT_EQ(readFile(file), "[General]\ntop=two words\n\n[S]\nsub/z=3.14159\n");
+    writeFile(dir.file("b.ini"), "top=1\n[S]\nflag=TRUE\n");
+    EXPECT_EQ(ky({"ini", file, "merge", dir.file("b.ini")}).exitCode, 0);
+    const Result list = ky({"ini", file, "list"});
+    EXPECT_EQ(list.output, "S/flag = true  (BOOL)\nS/sub/z = 3.14159  (REAL)\ntop = 1  (INTEGER)\n");
+    EXPECT_EQ(ky({"ini", file, "get", "S/flag"}).output, "true\n");
+    const Result missing = ky({"ini", file, "get", "S/none"});
+    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_THAT(missing.output, HasSubstr("a.ini: has no value S/none"));
+    EXPECT_EQ(ky({"ini", file, "merge", dir.file("none.ini")}).exitCode, 1);
+    EXPECT_EQ(ky({"ini", dir.path(), "set", "a", "b"}).exitCode, 1);
+}
+
+TEST_F(Tool, LogAppendsWholeLinesFromSeveralProcesses)
+{
+    const std::string file = dir.file("l\xC3\xB6g.log");
+    EXPECT_EQ(ky({"log", file, "--type", "Warning", "--qualifier", "disk", "nearly", "full"}).exitCode, 0);
+    EXPECT_THAT(readFile(file), testing::StartsWith("\xEF\xBB\xBFWARNING(disk) : "));
+    EXPECT_THAT(readFile(file), EndsWith(" nearly full\r\n"));
+
+    std::vector<ky::test::ChildProcess> writers;
+    for (int i = 0; i < 4; ++i)
+        writers.push_back(ky::test::ChildProcess::program("ky", {"log", file, "--max-size", "1k", "--keep", "9", "x"}));
+    for (auto& writer : writers)
+        EXPECT_EQ(writer.wait(), 0);
+    const std::string content = readFile(file);
+    EXPECT_EQ(std::count(content.begin(), content.end(), '\n'), 5);
+
+    const Result folder = ky({"log", dir.path() + "/none/x.log", "x"});
+    EXPECT_EQ(folder.exitCode, 1);
+    EXPECT_THAT(folder.output, HasSubstr("none/x.log"));
+}
+
+TEST_F(Tool, KeepsALogOfItsSteps)
+{
+    writeFile(dir.file("t.csv"), "a\n1\n");
+    EXPECT_EQ(ky({"csv", dir.file("t.csv"), "--log", dir.file("steps.log")}).exitCode, 0);
+    EXPECT_THAT(readFile(dir.file("steps.log")), HasSubstr("t.csv: 1 rows, 1 columns\r\n"));
+}
+
+} // namespace

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace ky::tool
+{
+
+/// Exit codes of every command.
+enum ExitCode : int
+{
+    Done = 0,
+    Failed = 1, ///< the operation failed; reason and file name went to standard error
+    WrongUsage = 2
+};
+
+struct CsvOptions
+{
+    std::vector<std::string> files;
+    std::string iniFile; ///< where the summary goes; empty for none
+    std::size_t shownRows = 5;
+    char delimiter = ',';
+    char quote = '"';
+    bool typed = true;
+};
+
+struct IniOptions
+{
+    std::string file;
+    std::string action;
+    std::vector<std::string> arguments;
+};
+
+struct LogOptions
+{
+    std::string file;
+    std::string type = "info";
+    std::string qualifier;
+    long long maxSizeBytes = -1;
+    int filesToKeep = 0;
+    bool readInput = false; ///< every line of standard input is a message
+    std::vector<std::string> words;
+};
+
+ExitCode runCsv(const CsvOptions& options);
+ExitCode runIni(const IniOptions& options);
+ExitCode runLog(const LogOptions& options);
+
+/// Prints "ky: FILE: reason" to standard error.
+ExitCode fail(const std::string& file, const std::string& reason);
+
+} // namespace ky::tool

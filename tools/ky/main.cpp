@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: MIT
+#include "ky/commands.h"
+#include "ky/console_native.h"
+#include "ky/session.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <iostream>
+
+namespace ky::tool
+{
+
+ExitCode fail(const std::string& file, const std::string& reason)
+{
+    std::cout.flush();
+    std::cerr << "ky: " << file << ": " << reason << '\n';
+    return Failed;
+}
+
+namespace
+{
+
+struct Options
+{
+    CsvOptions csv;
+    IniOptions ini;
+    LogOptions log;
+    SessionLog session;
+};
+
+void defineCsv(CLI::App& app, CsvOptions& csv)
+{
+    CLI::App* const command = app.add_subcommand("csv", "Read tables; print columns, types seen and first rows");
+    command->add_option("FILE", csv.files, "UTF-8 tables")->required();
+    command->add_option("--ini", csv.iniFile, "write the summary to this INI file");
+    command->add_option("--rows", csv.shownRows, "rows to show of each table")->capture_default_str();
+    command->add_option("--delimiter", csv.delimiter, "column delimiter")->capture_default_str();
+    command->add_option("--quote", csv.quote, "string delimiter")->capture_default_str();
+    command->add_flag("!--text", csv.typed, "keep every cell as text instead of typing it");
+}
+
+void defineIni(CLI::App& app, IniOptions& ini)
+{
+    CLI::App* const command = app.add_subcommand(
+        "ini", "Read or change an INI file: list | get PATH | set PATH VALUE | merge OTHER (comments are not kept)");
+    command->add_option("FILE", ini.file, "the INI file")->required();
+    command->add_option("ACTION", ini.action)->required()->check(CLI::IsMember({"list", "get", "set", "merge"}));
+    command->add_option("ARGUMENT", ini.arguments);
+}
+
+void defineLog(CLI::App& app, LogOptions& log)
+{
+    CLI::App* const command = app.add_subcommand("log", "Append a line to a rotating log shared between processes");
+    command->add_option("FILE", log.file, "the log file")->required();
+    command->add_option("--type", log.type, "debug, info, warning or critical")
+        ->check(CLI::IsMember({"debug", "info", "warning", "critical"}, CLI::ignore_case))
+        ->capture_default_str();
+    command->add_option("--qualifier", log.qualifier, "shown in parentheses behind the type");
+    command->add_option("--max-size", log.maxSizeBytes, "rotate above this size, for example 64k")
+        ->transform(CLI::AsSizeValue(false));
+    command->add_option("--keep", log.filesToKeep, "rotated files to keep")->check(CLI::Range(0, 128));
+    command->add_flag("--stdin", log.readInput, "every line of standard input is a message");
+    command->add_option("MESSAGE", log.words, "the message; several words are joined by blanks");
+}
+
+void defineSession(CLI::App& app, SessionLog& session)
+{
+    app.add_option("--log", session.file, "keep a log of the steps in this rotating file");
+    app.add_option("--log-max-size", session.maxSizeBytes)->transform(CLI::AsSizeValue(false));
+    app.add_option("--log-keep", session.filesToKeep)->check(CLI::Range(0, 128));
+}
+
+/// Number of arguments that an action of `ky ini` takes.
+std::size_t argumentCount(const std::string& action)
+{
+    if (action == "list")
+        return 0;
+    return action == "set" ? 2 : 1;
+}
+
+ExitCode wrongUsage(const std::string& reason)
+{
+    std::cerr << "ky: " << reason << "\nRun with --help for more information.\n";
+    return WrongUsage;
+}
+
+ExitCode run(const CLI::App& app, const Options& options)
+{
+    if (app.got_subcommand("ini") && options.ini.arguments.size() != argumentCount(options.ini.action))
+        return wrongUsage("ini " + options.ini.action + " takes " + std::to_string(argumentCount(options.ini.action)) +
+                          " argument(s)");
+    if (app.got_subcommand("log") && options.log.words.empty() != options.log.readInput)
+        return wrongUsage("log takes either a MESSAGE or --stdin");
+    Session session;
+    if (!session.startLog(options.session))
+        return Failed;
+    if (app.got_subcommand("csv"))
+        return runCsv(options.csv);
+    if (app.got_subcommand("ini"))
+        return runIni(options.ini);
+    return runLog(options.log);
+}
+
+ExitCode runTool(std::vector<std::string> arguments)
+{
+    CLI::App app("System services from the command line", "ky");
+    Options options;
+    app.require_subcommand(1);
+    app.fallthrough();
+    defineSession(app, options.session);
+    defineCsv(app, options.csv);
+    defineIni(app, options.ini);
+    defineLog(app, options.log);
+    try
+    {
+        std::reverse(arguments.begin(), arguments.end());
+        app.parse(arguments);
+    }
+    catch (const CLI::ParseError& error)
+    {
+        return app.exit(error, std::cout, std::cerr) == 0 ? Done : WrongUsage;
+    }
+    return run(app, options);
+}
+
+} // namespace
+
+} // namespace ky::tool
+
+int main(int argc, char** argv)
+{
+    ky::tool::native::prepareConsole();
+    try
+    {
+        return ky::tool::runTool(ky::tool::native::utf8Arguments(argc, argv));
+    }
+    catch (const std::exception& error)
+    {
+        std::cerr << "ky: " << error.what() << '\n';
+        return ky::tool::Failed;
+    }
+}

@@ -1,0 +1,55 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""Runs the long forms of the reliability tests and prints a table: tools/soak.py BIN_DIR [MINUTES]
+
+Tests that have a long form take it when KY_SOAK is set. Rounds are repeated until the time is used up; the first failure
+ends the run and its output is shown.
+"""
+import os
+import subprocess
+import sys
+import time
+from pathlib import Path
+
+# Program, filter of its tests with a long form.
+LONG_FORMS = (
+    ("diagnostics_process_test", "*"),
+    ("concurrency_test", "*"),
+    ("concurrency_process_test", "*"),
+    ("variant_model_test", "*"),
+    ("ini_process_test", "*"),
+    ("csv_model_test", "*"),
+    ("frame_test", "*"),
+)
+
+
+def main():
+    folder = Path(sys.argv[1])
+    minutes = float(sys.argv[2]) if len(sys.argv) > 2 else 20
+    end = time.monotonic() + 60 * minutes
+    environment = dict(os.environ, KY_SOAK="1")
+    tally = {}
+    round_number = 0
+    while round_number == 0 or time.monotonic() < end:
+        round_number += 1
+        for program, chosen in LONG_FORMS:
+            if not (folder / program).exists():
+                continue
+            start = time.monotonic()
+            done = subprocess.run([str(folder / program), f"--gtest_filter={chosen}", "--gtest_brief=1"],
+                                  env=environment, capture_output=True, text=True, check=False)
+            runs, seconds = tally.get(program, (0, 0.0))
+            tally[program] = (runs + 1, seconds + time.monotonic() - start)
+            print(f"round {round_number}: {program}: {'passed' if done.returncode == 0 else 'FAILED'} "
+                  f"in {time.monotonic() - start:.0f} s", flush=True)
+            if done.returncode != 0:
+                print(done.stdout[-8000:], done.stderr[-4000:], sep="\n")
+                return 1
+    print(f"\n{'program':<32} {'rounds':>6} {'seconds':>8}")
+    for program, (runs, seconds) in tally.items():
+        print(f"{program:<32} {runs:>6} {seconds:>8.0f}")
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
