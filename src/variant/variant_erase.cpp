@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Erasing by regular expression.
+#include "variant/path_pattern.h"
 #include "variant/variant_access.h"
-
-#include <locale>
-#include <regex>
 
 namespace ky
 {
@@ -14,20 +12,20 @@ namespace
 
 using Access = VariantAccess;
 
-/// A map or list that the walk has entered; its elements stand below the first `prefixSize` bytes of the path.
+/// A map or list that the walk has entered, with the path of its elements.
 struct EraseLevel
 {
     Map* map;
     Map::iterator position;
     List* list;
     std::size_t index;
-    std::size_t prefixSize;
+    PathMatcher::Mark prefix;
 };
 
 class Eraser
 {
 public:
-    explicit Eraser(const std::regex& pattern) : pattern_(pattern) {}
+    explicit Eraser(PathMatcher& path) : path_(path) {}
 
     std::size_t walk(Map& map)
     {
@@ -43,8 +41,8 @@ public:
     }
 
 private:
-    void enter(Map& map) { levels_.push_back({&map, map.begin(), nullptr, 0, path_.size()}); }
-    void enter(List& list) { levels_.push_back({nullptr, {}, &list, 0, path_.size()}); }
+    void enter(Map& map) { levels_.push_back({&map, map.begin(), nullptr, 0, path_.mark()}); }
+    void enter(List& list) { levels_.push_back({nullptr, {}, &list, 0, path_.mark()}); }
     void enterNested(const kyVariant& value)
     {
         if (Map* const map = Access::map(value))
@@ -55,35 +53,37 @@ private:
     void stepInMap()
     {
         EraseLevel& level = levels_.back();
-        path_.resize(level.prefixSize);
+        path_.rewind(level.prefix);
         if (level.position == level.map->end())
         {
             levels_.pop_back();
             return;
         }
-        path_ += level.position->first;
-        if (std::regex_match(path_, pattern_))
+        path_.append(level.position->first);
+        if (path_.matches())
         {
             level.position = level.map->erase(level.position);
             ++count_;
             return;
         }
         const kyVariant& value = (level.position++)->second;
-        path_ += '/';
-        enterNested(value);
+        if (!Access::isContainer(value))
+            return;
+        path_.append("/");
+        if (!path_.hopeless())
+            enterNested(value);
     }
     void stepInList()
     {
         EraseLevel& level = levels_.back();
-        path_.resize(level.prefixSize);
+        path_.rewind(level.prefix);
         if (level.index == level.list->size())
             levels_.pop_back();
         else
             enterNested((*level.list)[level.index++]);
     }
 
-    const std::regex& pattern_;
-    std::string path_;
+    PathMatcher& path_;
     std::vector<EraseLevel> levels_;
     std::size_t count_ = 0;
 };
@@ -93,11 +93,8 @@ private:
 
 std::size_t kyVariant::kyVariantMapImpl::erasePathRegEx(const std::string& pattern, bool caseInsensitive)
 {
-    std::regex compiled;
-    compiled.imbue(std::locale::classic());
-    compiled.assign(pattern, caseInsensitive ? std::regex::ECMAScript | std::regex::nosubs | std::regex::icase
-                                             : std::regex::ECMAScript | std::regex::nosubs);
-    return impl::Eraser(compiled).walk(*this);
+    impl::PathMatcher path(pattern, caseInsensitive);
+    return impl::Eraser(path).walk(*this);
 }
 
 } // namespace ky
