@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/file_handle.h"
 
+#include "platform/access_rights_windows.h"
 #include "platform/wide_windows.h"
 #include "platform/win32.h"
 
@@ -165,12 +166,14 @@ bool isReplaceable(const std::string& pathUtf8)
 
 ErrorCode replaceFile(const std::string& temporary, const std::string& target)
 {
-    // ReplaceFileW carries the target's attributes and access rights over, but needs an existing target.
+    // Not ReplaceFileW: for a moment it leaves nothing under the target's name. A rename is one step.
     const std::wstring to = widePath(target);
-    if (GetFileAttributesW(to.c_str()) != INVALID_FILE_ATTRIBUTES &&
-        ReplaceFileW(to.c_str(), widePath(temporary).c_str(), nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr,
-                     nullptr) != 0)
-        return 0;
+    const DWORD attributes = GetFileAttributesW(to.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES)
+    {
+        copyAccessRights(to, widePath(temporary));
+        SetFileAttributesW(widePath(temporary).c_str(), attributes);
+    }
     return renameFile(temporary, target);
 }
 

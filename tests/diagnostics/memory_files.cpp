@@ -5,7 +5,6 @@
 #include "platform/file_handle.h"
 
 #include <algorithm>
-#include <cstring>
 #include <vector>
 
 namespace ky::test
@@ -40,15 +39,29 @@ constexpr ErrorCode missing = 2;
 constexpr ErrorCode refused = 13;
 constexpr ErrorCode full = 28;
 
-/// Open files: name and read position, by handle.
-struct Open
-{
-    std::string name;
-    std::size_t position = 0;
-};
-std::vector<Open> sOpen;
+/// Names of the files that were opened, by handle.
+std::vector<std::string> sOpen;
 
-Open& openFile(std::intptr_t handle) { return sOpen[static_cast<std::size_t>(handle)]; }
+std::string& contentOf(std::intptr_t handle) { return memoryFiles().content[sOpen[static_cast<std::size_t>(handle)]]; }
+
+std::intptr_t keepOpen(const std::string& path)
+{
+    memoryFiles().content[path];
+    sOpen.push_back(path);
+    return static_cast<std::intptr_t>(sOpen.size() - 1);
+}
+
+std::size_t put(std::intptr_t handle, const char* data, std::size_t size)
+{
+    auto& files = memoryFiles();
+    if (files.fails(FileCall::Write))
+        return 0;
+    const std::size_t written = files.room < 0 ? size : std::min(size, static_cast<std::size_t>(files.room));
+    if (files.room >= 0)
+        files.room -= static_cast<std::int64_t>(written);
+    contentOf(handle).append(data, written);
+    return written;
+}
 
 } // namespace
 
@@ -73,47 +86,15 @@ FileHandle FileHandle::open(const std::string& path, OpenMode mode, ErrorCode& e
         return file;
     if (mode == OpenMode::Truncate)
         content[path].clear();
-    content[path];
-    sOpen.push_back({path, 0});
-    file.mHandle = static_cast<std::intptr_t>(sOpen.size() - 1);
+    file.mHandle = keepOpen(path);
     return file;
-}
-
-std::int64_t FileHandle::read(void* buffer, std::size_t size, ErrorCode& error)
-{
-    error = 0;
-    Open& file = openFile(mHandle);
-    const std::string& content = memoryFiles().content[file.name];
-    const std::size_t got = std::min(size, content.size() - std::min(content.size(), file.position));
-    std::memcpy(buffer, content.data() + file.position, got);
-    file.position += got;
-    return static_cast<std::int64_t>(got);
 }
 
 bool FileHandle::write(const void* data, std::size_t size, std::size_t& written, ErrorCode& error)
 {
-    auto& files = memoryFiles();
-    written = 0;
-    error = refused;
-    if (files.fails(FileCall::Write))
-        return false;
-    written = files.room < 0 ? size : std::min(size, static_cast<std::size_t>(files.room));
-    if (files.room >= 0)
-        files.room -= static_cast<std::int64_t>(written);
-    files.content[openFile(mHandle).name].append(static_cast<const char*>(data), written);
+    written = put(mHandle, static_cast<const char*>(data), size);
     error = written == size ? 0 : full;
     return written == size;
-}
-
-std::int64_t FileHandle::size() const
-{
-    return static_cast<std::int64_t>(memoryFiles().content[openFile(mHandle).name].size());
-}
-
-bool FileHandle::seek(std::int64_t position)
-{
-    openFile(mHandle).position = static_cast<std::size_t>(position);
-    return true;
 }
 
 bool FileHandle::close()
@@ -144,6 +125,25 @@ ErrorCode renameFile(const std::string& from, const std::string& to)
 }
 
 bool isMissingFile(ErrorCode code) { return code == missing; }
+
+AppendFile::AppendFile(const std::string& path)
+{
+    if (!memoryFiles().fails(FileCall::Open))
+        mHandle = keepOpen(path);
+}
+
+std::int64_t AppendFile::end() const { return static_cast<std::int64_t>(contentOf(mHandle).size()); }
+
+std::size_t AppendFile::write(const char* data, std::size_t size) { return put(mHandle, data, size); }
+
+bool AppendFile::readAt(std::int64_t position, char* data, std::size_t size) const
+{
+    const std::string piece = contentOf(mHandle).substr(static_cast<std::size_t>(position), size);
+    std::copy(piece.begin(), piece.end(), data);
+    return piece.size() == size;
+}
+
+void AppendFile::close() { mHandle = invalidHandle; }
 
 PathKind pathKind(const std::string& path)
 {
