@@ -51,7 +51,7 @@ struct StoreKeeper
     ~StoreKeeper() { stopKeepingBlocks(); }
 };
 
-KY_COLD void freeUnkept(void* block, std::size_t size) noexcept
+KY_COLD void freeUnkept(void* block) noexcept
 {
     if (!store.opened)
     {
@@ -61,7 +61,7 @@ KY_COLD void freeUnkept(void* block, std::size_t size) noexcept
         for (std::size_t i = 1; i < store.shelves.size(); ++i)
             store.shelves[i].room = static_cast<std::uint32_t>(kKeptBytes / (i * kStep));
     }
-    ::operator delete(block, roundedUp(size));
+    ::operator delete(block);
 }
 
 } // namespace
@@ -82,7 +82,7 @@ void freeBlock(void* block, std::size_t size) noexcept
     Shelf& shelf = store.shelves[shelfOf(size)];
     if (KY_UNLIKELY(shelf.room == 0))
     {
-        freeUnkept(block, size);
+        freeUnkept(block);
         return;
     }
     --shelf.room;
@@ -100,14 +100,14 @@ void stopKeepingBlocks() noexcept
         {
             FreeBlock* const block = shelf.first;
             shelf.first = block->next;
-            ::operator delete(block, i* kStep);
+            ::operator delete(block);
         }
     }
 }
 #else
 void* allocateBlock(std::size_t size) { return ::operator new(size); }
 
-void freeBlock(void* block, std::size_t size) noexcept { ::operator delete(block, size); }
+void freeBlock(void* block, std::size_t) noexcept { ::operator delete(block); }
 
 void stopKeepingBlocks() noexcept {}
 #endif
