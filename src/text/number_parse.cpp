@@ -199,19 +199,38 @@ bool parseDecimalReal(const char* at, const char* end, double& value) noexcept
     return result.ec != std::errc::invalid_argument;
 }
 
-bool parseUnsigned(const char* at, const char* end, unsigned base, bool negative, std::int64_t& value) noexcept
+template <unsigned Base>
+unsigned digitOf(char c) noexcept
 {
+    if constexpr (Base == 16)
+        return hexDigit(c);
+    else
+        return static_cast<unsigned>(static_cast<unsigned char>(c)) - '0';
+}
+
+template <unsigned Base>
+bool parseDigits(const char* at, const char* end, bool negative, std::int64_t& value) noexcept
+{
+    // So many digits fit whatever they are.
+    constexpr std::ptrdiff_t safe = Base == 16 ? 15 : (Base == 10 ? 18 : 20);
+    std::uint64_t sum = 0;
+    for (const char* const safeEnd = end - at > safe ? at + safe : end; at != safeEnd; ++at)
+    {
+        const unsigned digit = digitOf<Base>(*at);
+        if (digit >= Base)
+            return false;
+        sum = sum * Base + digit;
+    }
     const std::uint64_t limit =
         static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max()) + (negative ? 1U : 0U);
-    std::uint64_t sum = 0;
     bool saturated = false;
     for (; at != end; ++at)
     {
-        const unsigned digit = hexDigit(*at);
-        if (digit >= base)
+        const unsigned digit = digitOf<Base>(*at);
+        if (digit >= Base)
             return false;
-        saturated = saturated || sum > (limit - digit) / base;
-        sum = sum * base + digit;
+        saturated = saturated || sum > (limit - digit) / Base;
+        sum = sum * Base + digit;
     }
     sum = saturated ? limit : sum;
     value = static_cast<std::int64_t>(negative ? 0 - sum : sum);
@@ -233,10 +252,10 @@ bool parseWholeInteger(std::string_view text, std::int64_t& value) noexcept
     if (at == end)
         return false;
     if (*at != '0')
-        return parseUnsigned(at, end, 10, negative, value);
+        return parseDigits<10>(at, end, negative, value);
     if (isHexPrefix(at, end))
-        return end - at > 2 && parseUnsigned(at + 2, end, 16, negative, value);
-    return parseUnsigned(at, end, 8, negative, value);
+        return end - at > 2 && parseDigits<16>(at + 2, end, negative, value);
+    return parseDigits<8>(at, end, negative, value);
 }
 
 bool parseWholeReal(std::string_view text, double& value) noexcept

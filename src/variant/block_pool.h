@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Small fixed blocks for payloads and map nodes.
+// Small fixed blocks for payloads and map nodes. Each thread keeps a bounded number of freed blocks of every size for
+// its next allocations; each block comes from operator new and goes back to it, at the latest when its thread ends.
 #pragma once
 
 #include <cstddef>
@@ -11,8 +12,10 @@ namespace ky::impl
 
 /// Throws std::bad_alloc.
 void* allocateBlock(std::size_t size);
-/// `size` as it was asked for. Any thread may free a block.
+/// `size` as it was asked for. Any thread may free a block, also while it ends.
 void freeBlock(void* block, std::size_t size) noexcept;
+/// Frees what the calling thread keeps and makes it keep nothing more.
+void stopKeepingBlocks() noexcept;
 
 template <class T, class... Arguments>
 T* createInBlock(Arguments&&... arguments)

@@ -250,13 +250,18 @@ kyVariant& kyVariant::assignCopy(const kyVariant& other)
 void kyVariant::destroyPayload() noexcept
 {
     void* const object = payload_.object;
+    if (type_ == Type::String && object != nullptr)
+    {
+        payload_ = Payload();
+        impl::destroyInBlock(static_cast<std::string*>(object));
+        return;
+    }
     UserDataInterface* const user = payload_.user;
     payload_ = Payload();
     if (object == nullptr)
         return;
     switch (type_)
     {
-    case Type::String: impl::destroyInBlock(static_cast<std::string*>(object)); break;
     case Type::StringList: impl::destroyInBlock(static_cast<StringList*>(object)); break;
     case Type::List:
     case Type::Map: tearDown(Container{object, type_}); break;

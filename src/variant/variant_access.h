@@ -2,9 +2,9 @@
 // What the files of this room know about the inside of a variant.
 #pragma once
 
-#include <ky/kyVariant.h>
 #include "variant/block_pool.h"
 #include "variant/map_tree.h"
+#include <ky/kyVariant.h>
 
 #include <string>
 #include <vector>

@@ -147,10 +147,48 @@ struct Pair
     ContainerView b;
 };
 
-bool sameKeys(const Cursor& a, const Cursor& b) noexcept
+bool sameKeys(const MapTree::Node& a, const MapTree::Node& b) noexcept
 {
-    return a.node() == nullptr ||
-           (a.node()->prefix == b.node()->prefix && a.node()->entry.first == b.node()->entry.first);
+    const std::string& key = a.entry.first;
+    const std::string& other = b.entry.first;
+    // The prefix holds all of a short key.
+    return a.prefix == b.prefix && key.size() == other.size() &&
+           (key.size() <= 8 || std::memcmp(key.data() + 8, other.data() + 8, key.size() - 8) == 0);
+}
+
+/// Nested containers of equal type are only noted.
+bool equalValues(const kyVariant& a, const kyVariant& b, std::vector<Pair>& pending)
+{
+    if (a.getType() != b.getType())
+        return false;
+    if (!isNested(a))
+        return equalLeaf(a, b);
+    pending.push_back({ContainerView(a), ContainerView(b)});
+    return true;
+}
+
+bool equalElements(const List& a, const List& b, std::vector<Pair>& pending)
+{
+    for (std::size_t i = 0; i < a.size(); ++i)
+    {
+        if (!equalValues(a[i], b[i], pending))
+            return false;
+    }
+    return true;
+}
+
+bool equalEntries(const Map& a, const Map& b, std::vector<Pair>& pending)
+{
+    MapTree::Links* other = MapTree::head(b).left;
+    for (MapTree::Links* links = MapTree::head(a).left; !MapTree::isHead(links); links = MapTree::next(links))
+    {
+        const MapTree::Node& left = *MapTree::nodeOf(links);
+        const MapTree::Node& right = *MapTree::nodeOf(other);
+        if (!sameKeys(left, right) || !equalValues(left.entry.second, right.entry.second, pending))
+            return false;
+        other = MapTree::next(other);
+    }
+    return true;
 }
 
 bool equalContainers(const Pair& whole)
@@ -161,17 +199,10 @@ bool equalContainers(const Pair& whole)
     {
         if (pair.a.size() != pair.b.size())
             return false;
-        Cursor a(pair.a);
-        Cursor b(pair.b);
-        for (std::size_t left = pair.a.size(); left != 0; --left, a.advance(), b.advance())
-        {
-            if (!sameKeys(a, b) || a.value().getType() != b.value().getType())
-                return false;
-            if (isNested(a.value()))
-                pending.push_back({ContainerView(a.value()), ContainerView(b.value())});
-            else if (!equalLeaf(a.value(), b.value()))
-                return false;
-        }
+        if (pair.a.list != nullptr && pair.b.list != nullptr && !equalElements(*pair.a.list, *pair.b.list, pending))
+            return false;
+        if (pair.a.map != nullptr && pair.b.map != nullptr && !equalEntries(*pair.a.map, *pair.b.map, pending))
+            return false;
         if (pending.empty())
             return true;
         pair = pending.back();

@@ -112,6 +112,11 @@ void VariantAccess::copyMapDeep(Map& to, const Map& from)
 
 void kyVariant::copyPayload(const kyVariant& other)
 {
+    if (type_ == Type::String && payload_.object != nullptr)
+    {
+        payload_.object = impl::createInBlock<std::string>(other.getString());
+        return;
+    }
     // Built aside: when memory runs out, the part that is already there is freed and this variant stays null.
     release();
     kyVariant copy;
