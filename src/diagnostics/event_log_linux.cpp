@@ -54,7 +54,9 @@ void reportEvent(const std::string& source, EventKind kind, const std::string& t
     if (descriptor < 0)
         return;
     // Without a time stamp: the service puts its own.
-    const std::string entry = "<" + std::to_string(LOG_USER | severityOf(kind)) + ">" + source + ": " + text;
+    std::string entry = "<";
+    entry += std::to_string(LOG_USER | severityOf(kind));
+    entry.append(">").append(source).append(": ").append(text);
     (void)send(descriptor, entry.data(), entry.size(), MSG_NOSIGNAL);
     close(descriptor);
 }

@@ -3,6 +3,7 @@
 
 #include "diagnostics/log_file_native.h"
 #include "diagnostics/log_line.h"
+#include "platform/file_handle.h"
 
 #include <algorithm>
 #include <chrono>
@@ -17,6 +18,7 @@ void (*logStepHook)(LogStep step) = nullptr;
 namespace
 {
 
+using native::AppendFile;
 using native::ErrorCode;
 using native::FileHandle;
 using native::OpenMode;
@@ -31,13 +33,17 @@ void step(LogStep which)
         logStepHook(which);
 }
 
-/// True when exactly these bytes stand at the position.
-bool holds(FileHandle& file, std::int64_t position, std::string_view bytes)
+bool holds(const AppendFile& file, std::int64_t position, std::string_view bytes)
 {
     char found[4];
-    ErrorCode error = 0;
-    return file.seek(position) && file.read(found, bytes.size(), error) == static_cast<std::int64_t>(bytes.size()) &&
-           std::string_view(found, bytes.size()) == bytes;
+    return file.readAt(position, found, bytes.size()) && std::string_view(found, bytes.size()) == bytes;
+}
+
+/// Only a file that begins with the mark is known to consist of whole lines.
+bool endsTorn(const AppendFile& file, std::int64_t size)
+{
+    return size > static_cast<std::int64_t>(byteOrderMark.size()) &&
+           !holds(file, size - static_cast<std::int64_t>(lineEnd.size()), lineEnd) && holds(file, 0, byteOrderMark);
 }
 
 } // namespace
@@ -80,58 +86,43 @@ bool LogFile::create() const
 
 void LogFile::append(LogLine& line, bool exclusive)
 {
-    ErrorCode error = 0;
-    FileHandle file = FileHandle::open(mPath, OpenMode::Append, error);
-    if (!file.isOpen())
-        return;
-    std::int64_t size = file.size();
-    if (mMaxSize >= 1 && size > mMaxSize)
     {
-        file.close();
-        file = reopen(rotate());
+        AppendFile file(mPath);
         if (!file.isOpen())
             return;
-        size = file.size();
+        const std::int64_t size = file.end();
+        if (mMaxSize < 1 || size <= mMaxSize)
+            return write(file, size, line, exclusive);
     }
-    write(file, size, line, exclusive);
+    startAnew(rotate());
+    AppendFile file(mPath);
+    if (file.isOpen())
+        write(file, file.end(), line, exclusive);
 }
 
-void LogFile::write(FileHandle& file, std::int64_t size, LogLine& line, bool exclusive)
+void LogFile::write(AppendFile& file, std::int64_t size, LogLine& line, bool exclusive)
 {
     std::string_view head;
     if (size == 0 && native::pathKind(mPath) == PathKind::File)
         head = byteOrderMark;
-    else if (exclusive && size != mKnownSize && endsTorn(size))
+    else if (exclusive && size != mKnownSize && endsTorn(file, size))
         head = lineEnd;
     step(LogStep::BeforeMark);
     std::int64_t total = 0;
     const bool ok = line.emit(head, lineEnd,
                               [&](std::string_view bytes)
                               {
-                                  std::size_t written = 0;
-                                  ErrorCode error = 0;
-                                  const bool whole = file.write(bytes.data(), bytes.size(), written, error);
+                                  const std::size_t written = file.write(bytes.data(), bytes.size());
                                   total += static_cast<std::int64_t>(written);
-                                  return whole;
+                                  return written == bytes.size();
                               });
     step(LogStep::AfterWrite);
     mKnownSize = ok ? size + total : -1;
-    if (ok || total == 0 || file.size() != size + total)
+    if (ok || total == 0 || file.end() != size + total)
         return;
     // The disk is full. Without the part that still went in, the log goes on with whole lines when there is room again.
     file.close();
     native::cutFile(mPath, size);
-}
-
-/// Only a file that begins with the mark is known to consist of whole lines.
-bool LogFile::endsTorn(std::int64_t size) const
-{
-    ErrorCode error = 0;
-    if (size <= static_cast<std::int64_t>(byteOrderMark.size()))
-        return false;
-    FileHandle file = FileHandle::open(mPath, OpenMode::Read, error);
-    return file.isOpen() && !holds(file, size - static_cast<std::int64_t>(lineEnd.size()), lineEnd) &&
-           holds(file, 0, byteOrderMark);
 }
 
 LogFile::Rotation LogFile::rotate()
@@ -187,17 +178,16 @@ int LogFile::firstFreeIndex() const
 
 std::string LogFile::rotatedName(int index) const { return mPath + "_" + std::to_string(index) + ".back"; }
 
-FileHandle LogFile::reopen(Rotation rotation) const
+/// Makes or empties the live file. It is opened for its line like any other: writers without the shared lock must not
+/// overwrite each other.
+void LogFile::startAnew(Rotation rotation) const
 {
     step(LogStep::BeforeReopen);
-    // The fresh or emptied file is closed again and opened as for any line: writers without the shared lock must not
-    // overwrite each other.
     ErrorCode error = 0;
     if (rotation == Rotation::Moved)
         FileHandle::open(mPath, OpenMode::CreateNew, error);
     else if (rotation == Rotation::Empty)
         FileHandle::open(mPath, OpenMode::Truncate, error);
-    return FileHandle::open(mPath, OpenMode::Append, error);
 }
 
 } // namespace ky::impl

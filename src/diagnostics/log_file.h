@@ -8,8 +8,6 @@
 // - a torn last line (a large write can be cut short by a kill): the next line first ends it.
 #pragma once
 
-#include "platform/file_handle.h"
-
 #include <cstdint>
 #include <string>
 
@@ -17,6 +15,11 @@ namespace ky::impl
 {
 
 class LogLine;
+
+namespace native
+{
+class AppendFile;
+}
 
 class LogFile
 {
@@ -48,10 +51,9 @@ private:
     bool shiftFiles() const;
     int firstFreeIndex() const;
     std::string rotatedName(int index) const;
-    native::FileHandle reopen(Rotation rotation) const;
+    void startAnew(Rotation rotation) const;
     bool create() const;
-    bool endsTorn(std::int64_t size) const;
-    void write(native::FileHandle& file, std::int64_t size, LogLine& line, bool exclusive);
+    void write(native::AppendFile& file, std::int64_t size, LogLine& line, bool exclusive);
 
     std::string mPath;
     std::int64_t mMaxSize = -1;

@@ -5,8 +5,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace ky::impl::native
 {
@@ -14,28 +16,76 @@ namespace ky::impl::native
 namespace
 {
 
-std::string withSlashes(std::string path)
+/// Calls with the path as the system takes it; copied only when it has to change.
+template <typename Call>
+auto withSystemPath(const std::string& path, Call call)
 {
-    std::replace(path.begin(), path.end(), '\\', '/');
-    return path;
+    if (path.find('\\') == std::string::npos)
+        return call(path.c_str());
+    std::string slashed = path;
+    std::replace(slashed.begin(), slashed.end(), '\\', '/');
+    return call(slashed.c_str());
 }
+
+int toDescriptor(std::intptr_t handle) { return static_cast<int>(handle); }
 
 } // namespace
 
 PathKind pathKind(const std::string& pathUtf8)
 {
     struct stat info = {};
-    if (stat(withSlashes(pathUtf8).c_str(), &info) != 0)
+    if (withSystemPath(pathUtf8, [&](const char* path) { return stat(path, &info); }) != 0)
         return errno == ENOENT || errno == ENOTDIR ? PathKind::Nothing : PathKind::Other;
     if (S_ISREG(info.st_mode))
         return PathKind::File;
     return S_ISDIR(info.st_mode) ? PathKind::Folder : PathKind::Other;
 }
 
+AppendFile::AppendFile(const std::string& pathUtf8)
+{
+    constexpr int flags = O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY;
+    const auto openAs = [&](int access)
+    {
+        return withSystemPath(pathUtf8, [&](const char* path)
+                              { return retryInterrupted([&] { return ::open(path, flags | access, 0666); }); });
+    };
+    mHandle = openAs(O_RDWR);
+    if (mHandle == invalidHandle && errno == EACCES)
+        mHandle = openAs(O_WRONLY);
+}
+
+std::int64_t AppendFile::end() const { return lseek(toDescriptor(mHandle), 0, SEEK_END); }
+
+std::size_t AppendFile::write(const char* data, std::size_t size)
+{
+    std::size_t written = 0;
+    while (written < size)
+    {
+        const ssize_t count =
+            retryInterrupted([&] { return ::write(toDescriptor(mHandle), data + written, size - written); });
+        if (count <= 0)
+            break;
+        written += static_cast<std::size_t>(count);
+    }
+    return written;
+}
+
+bool AppendFile::readAt(std::int64_t position, char* data, std::size_t size) const
+{
+    return retryInterrupted([&] { return pread(toDescriptor(mHandle), data, size, position); }) ==
+           static_cast<ssize_t>(size);
+}
+
+void AppendFile::close()
+{
+    if (isOpen())
+        ::close(toDescriptor(std::exchange(mHandle, invalidHandle)));
+}
+
 bool cutFile(const std::string& pathUtf8, std::int64_t size)
 {
-    const std::string path = withSlashes(pathUtf8);
-    return retryInterrupted([&] { return truncate(path.c_str(), size); }) == 0;
+    return withSystemPath(pathUtf8, [&](const char* path)
+                          { return retryInterrupted([&] { return truncate(path, size); }) == 0; });
 }
 
 } // namespace ky::impl::native

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <ky/kyIniFile.h>
 
+#include "diagnostics/escape_text.h"
 #include "platform/file_handle.h"
 #include "variant/ini_storage.h"
 #include "variant/ini_text.h"
@@ -67,7 +68,7 @@ namespace impl
 void warnIni(std::string_view message)
 {
     if (kyLog* const log = kyLog::editPtr())
-        kyLogObject(kyLogType::WARNING, nullptr, log, nullptr) << message;
+        kyLogObject(kyLogType::WARNING, nullptr, log, nullptr) << escapeControls(message);
 }
 
 } // namespace impl

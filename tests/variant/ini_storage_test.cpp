@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: MIT
+// What saving does to the file system: other files, rights, links, full disks, killed savers.
+#include "ini_support.h"
+
+#include "support/child_process.h"
+#include "support/temp_dir.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <thread>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+using namespace ky;
+using namespace ky::test;
+
+fs::path toPath(const std::string& utf8) { return fs::path(std::u8string(utf8.begin(), utf8.end())); }
+
+std::size_t entriesIn(const TempDir& dir)
+{
+    return static_cast<std::size_t>(
+        std::distance(fs::directory_iterator(toPath(dir.path())), fs::directory_iterator()));
+}
+
+const std::string text = "[General]\na=1\n";
+const Map tree = {{"a", 1}};
+
+TEST(IniStorage, LeavesNothingBesideTheFile)
+{
+    const TempDir dir;
+    EXPECT_TRUE(SaveIniFile(dir.file("t.ini"), tree, false));
+    EXPECT_TRUE(SaveIniFile(dir.file("t.ini"), tree, true));
+    EXPECT_TRUE(SaveIniFile(dir.file(std::string(250, 'n')), tree, false));
+    EXPECT_FALSE(SaveIniFile(dir.file("none/t.ini"), tree, false));
+    EXPECT_FALSE(SaveIniFile(dir.path(), tree, false));
+    EXPECT_FALSE(SaveIniFile("", tree, false));
+    EXPECT_EQ(entriesIn(dir), 2U);
+    EXPECT_EQ(readFile(dir.file("t.ini")), text);
+}
+
+TEST(IniStorage, KeepsRightsAndRespectsThem)
+{
+    const TempDir dir;
+    const std::string path = dir.file("t.ini");
+    writeFile(path, "old");
+    const auto rights = fs::perms::owner_read | fs::perms::owner_write | fs::perms::others_read;
+    fs::permissions(toPath(path), rights);
+    const fs::perms before = fs::status(toPath(path)).permissions();
+    EXPECT_TRUE(SaveIniFile(path, tree, false));
+    EXPECT_EQ(fs::status(toPath(path)).permissions(), before);
+    fs::permissions(toPath(path), fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
+    if (std::ofstream(toPath(path), std::ios::app).is_open())
+        GTEST_SKIP() << "write protection does not bind this user";
+    EXPECT_FALSE(SaveIniFile(path, {{"b", 2}}, false));
+    EXPECT_EQ(readFile(path), text);
+}
+
+TEST(IniStorage, FollowsLinks)
+{
+    const TempDir dir;
+    const TempDir other;
+    writeFile(other.file("real.ini"), "old");
+    std::error_code error;
+    fs::create_symlink(toPath(other.file("real.ini")), toPath(dir.file("link.ini")), error);
+    if (error)
+        GTEST_SKIP() << "no symbolic links here";
+    EXPECT_TRUE(SaveIniFile(dir.file("link.ini"), tree, false));
+    EXPECT_TRUE(fs::is_symlink(toPath(dir.file("link.ini"))));
+    EXPECT_EQ(readFile(other.file("real.ini")), text);
+    // A link that leads nowhere yet.
+    fs::create_symlink(toPath(other.file("new.ini")), toPath(dir.file("dangling.ini")));
+    EXPECT_TRUE(SaveIniFile(dir.file("dangling.ini"), tree, false));
+    EXPECT_TRUE(fs::is_symlink(toPath(dir.file("dangling.ini"))));
+    EXPECT_EQ(readFile(other.file("new.ini")), text);
+}
+
+TEST(IniStorage, FullDiskKeepsTheOldFile)
+{
+    // A small file system of its own, where the user may mount one; the child judges, since only it can see that.
+    const TempDir dir;
+    makeFolder(dir.file("disk"));
+    const std::string command = "unshare -m sh -c \"mount -t tmpfs -o size=256k none '" + dir.file("disk") + "' && '" +
+                                binFolder() + "/ky_child' ini-full-disk '" + dir.file("disk/t.ini") +
+                                "'; echo $?\" > '" + dir.file("result") + "' 2> '" + dir.file("errors") + "'";
+    const int status = std::system(command.c_str());
+    const std::string errors = readFile(dir.file("errors"));
+    if (status != 0 || errors.find("mount") != std::string::npos || !exists(dir.file("result")))
+        GTEST_SKIP() << "no file system can be mounted here";
+    EXPECT_EQ(readFile(dir.file("result")), "0\n") << errors;
+}
+
+TEST(IniStorage, KilledSaverLeavesTheOldOrTheNewText)
+{
+    const TempDir dir;
+    const std::string path = dir.file("t.ini");
+    std::string texts[2];
+    for (int which = 0; which < 2; ++which)
+    {
+        ChildProcess child("ini-save-once", {path, std::to_string(which)});
+        ASSERT_EQ(child.wait(), 0);
+        texts[which] = readFile(path);
+        ASSERT_GT(texts[which].size(), 100000U);
+    }
+    std::mt19937 random(7);
+    const bool soak = std::getenv("KY_SOAK") != nullptr;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(soak ? 600 : 8);
+    int kills = 0;
+    for (; kills < (soak ? 2000 : 300) && std::chrono::steady_clock::now() < end; ++kills)
+    {
+        const std::string mark = dir.file("started" + std::to_string(kills));
+        ChildProcess child("ini-save-forever", {path, mark});
+        ASSERT_TRUE(eventually([&] { return exists(mark); }));
+        std::this_thread::sleep_for(std::chrono::microseconds(random() % 6000));
+        child.kill();
+        child.wait();
+        const std::string found = readFile(path);
+        ASSERT_TRUE(found == texts[0] || found == texts[1]) << found.size() << " bytes after " << kills << " kills";
+    }
+    RecordProperty("kills", kills);
+    EXPECT_GT(kills, 0);
+}
+
+TEST(IniStorage, TwoSaversLeaveTheTextOfOne)
+{
+    const TempDir dir;
+    const std::string path = dir.file("t.ini");
+    Map trees[2];
+    for (int which = 0; which < 2; ++which)
+    {
+        for (int key = 0; key < 2000; ++key)
+            trees[which]["key" + std::to_string(key)] = kyVariant(which);
+    }
+    ASSERT_TRUE(SaveIniFile(path, trees[0], false));
+    std::thread other(
+        [&]
+        {
+            for (int round = 0; round < 40; ++round)
+                EXPECT_TRUE(SaveIniFile(path, trees[1], false));
+        });
+    for (int round = 0; round < 40; ++round)
+    {
+        EXPECT_TRUE(SaveIniFile(path, trees[0], false));
+        Map found;
+        EXPECT_TRUE(LoadIniFile(path, found));
+        EXPECT_TRUE(found == trees[0] || found == trees[1]) << found.size();
+    }
+    other.join();
+    EXPECT_EQ(entriesIn(dir), 1U);
+}
+
+TEST(IniStorage, DevicesAreWrittenInPlace)
+{
+    std::error_code error;
+    if (!fs::is_character_file("/dev/full", error))
+        GTEST_SKIP() << "no such devices here";
+    EXPECT_FALSE(SaveIniFile("/dev/full", tree, false));
+    EXPECT_TRUE(SaveIniFile("/dev/null", tree, false));
+    EXPECT_TRUE(fs::is_character_file("/dev/full") && fs::is_character_file("/dev/null"));
+}
+
+} // namespace
