@@ -6,9 +6,12 @@ Reads tables that Debian ships, types them, writes a summary as INI, reads it ba
 every step into one rotating log that several processes write at the same time.
 """
 import re
+import shlex
 import shutil
 import subprocess
 import sys
+import threading
+import time
 from pathlib import Path
 
 RELEASES = ["/usr/share/distro-info/debian.csv", "/usr/share/distro-info/ubuntu.csv"]
@@ -36,7 +39,7 @@ class Ky:
         return [*self.runner, self.program, *arguments]
 
     def run(self, *arguments):
-        print(f"\n$ ky {' '.join(arguments)}", flush=True)
+        print(f"\n$ ky {shlex.join(arguments)}", flush=True)
         done = subprocess.run(self.command(*arguments), capture_output=True, check=False)
         text = done.stdout.decode("utf-8").replace("\r\n", "\n")
         sys.stderr.buffer.write(done.stderr)
@@ -45,17 +48,24 @@ class Ky:
         return text
 
 
+def feed(writer, number):
+    """A little at a time, so that the writers are busy while the tool does its work."""
+    for first in range(0, LINES_A_WRITER, 25):
+        lines = range(first, min(first + 25, LINES_A_WRITER))
+        writer.stdin.write("".join(f"writer {number} line {i}\n" for i in lines).encode())
+        writer.stdin.flush()
+        time.sleep(0.01)
+    writer.stdin.close()
+
+
 def start_writers(ky, log):
     writers = []
     for number in range(WRITERS):
         writer = subprocess.Popen(
             ky.command("log", log, "--stdin", "--qualifier", f"writer{number}", "--max-size", MAX_SIZE, "--keep", str(KEPT)),
             stdin=subprocess.PIPE)
+        threading.Thread(target=feed, args=(writer, number)).start()
         writers.append(writer)
-    for number, writer in enumerate(writers):
-        # The operating system's pipe takes them at once; the writers then race one another.
-        writer.stdin.write("".join(f"writer {number} line {i}\n" for i in range(LINES_A_WRITER)).encode())
-        writer.stdin.close()
     return writers
 
 

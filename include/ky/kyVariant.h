@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "ky/kyExport.h"
+#include <ky/kyExport.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -334,8 +334,8 @@ public:
     using iterator = std::vector<kyVariant>::iterator;
     using const_iterator = std::vector<kyVariant>::const_iterator;
 
-    /// One element of an initializer list: whatever a variant can be made of, but a list itself only as a variant, so
-    /// that copying a list with braces stays a copy.
+    /// One element of an initializer list: whatever a variant can be made of but a single list, so that copying a list
+    /// with braces stays a copy.
     struct Item
     {
         template <class T, std::enable_if_t<std::is_convertible_v<T&&, kyVariant> &&
@@ -349,6 +349,19 @@ public:
 
     kyVariantListImpl() noexcept = default;
     kyVariantListImpl(std::initializer_list<Item> items);
+    /// Two and more elements, lists among them.
+    template <
+        class First, class Second, class... More,
+        std::enable_if_t<std::is_convertible_v<First&&, kyVariant> && std::is_convertible_v<Second&&, kyVariant> &&
+                             (std::is_convertible_v<More&&, kyVariant> && ...),
+                         int> = 0>
+    kyVariantListImpl(First&& first, Second&& second, More&&... more)
+    {
+        items_.reserve(2 + sizeof...(More));
+        items_.emplace_back(std::forward<First>(first));
+        items_.emplace_back(std::forward<Second>(second));
+        (items_.emplace_back(std::forward<More>(more)), ...);
+    }
     kyVariantListImpl(const kyVariantListImpl& other) = default;
     kyVariantListImpl(kyVariantListImpl&& other) noexcept = default;
     kyVariantListImpl& operator=(const kyVariantListImpl& other);
@@ -566,7 +579,8 @@ public:
     /// any other pair becomes a list. An equal string is swallowed. With `asList`, whatever is there becomes, or gets
     /// appended to, a list.
     void multiInsert(std::string_view key, const kyVariant& value, bool asList = false);
-    /// The same, moving from `value`, which is left null (or, when it was an equal string, empty).
+    /// The same, moving from `value`, which is left null (or, when it was an equal string, empty). `value` may lie
+    /// inside this map, but this map must not lie inside `value`.
     void multiInsertAndDestroy(std::string_view key, kyVariant& value, bool asList = false);
 
     /// Adds every leaf of the tree to `out` under its joined path, combining as multiInsert() does. The elements of a

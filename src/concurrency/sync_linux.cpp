@@ -19,7 +19,7 @@ enum LockState : std::uint32_t
 };
 
 /// Turns of the spin loop before a thread goes to sleep: about the cost of one sleep and wake.
-constexpr int spinTurns = 100;
+constexpr int spinTurns = 40;
 
 } // namespace
 
@@ -44,6 +44,14 @@ bool take(RecursiveLock& lock) noexcept
     return lock.state.compare_exchange_strong(expected, Taken, std::memory_order_acquire, std::memory_order_relaxed);
 }
 
+/// Whoever has slept cannot know whether others still do: it takes the lock as one with sleepers.
+void takeAsleep(RecursiveLock& lock) noexcept
+{
+    const Deadline never(noTimeLimit);
+    while (lock.state.exchange(TakenWithSleepers, std::memory_order_acquire) != Free)
+        futexWait(lock.state, TakenWithSleepers, never);
+}
+
 KY_NOINLINE void takeSlowly(RecursiveLock& lock) noexcept
 {
     for (int turn = 0; turn < spinTurns; ++turn)
@@ -55,10 +63,7 @@ KY_NOINLINE void takeSlowly(RecursiveLock& lock) noexcept
             break;
         KY_SPIN_PAUSE();
     }
-    // Whoever has slept cannot know whether others still do: it takes the lock as one with sleepers.
-    const Deadline never(noTimeLimit);
-    while (lock.state.exchange(TakenWithSleepers, std::memory_order_acquire) != Free)
-        futexWait(lock.state, TakenWithSleepers, never);
+    takeAsleep(lock);
 }
 
 } // namespace
@@ -125,7 +130,10 @@ bool sleep(ConditionVariable& condition, RecursiveLock& lock, std::uint32_t limi
         result = futexWait(condition.sequence, seen, deadline);
     const bool woken = result != ETIMEDOUT || condition.sequence.load(std::memory_order_relaxed) != seen;
     condition.sleepers.fetch_sub(1, std::memory_order_relaxed);
-    enter(lock);
+    // The waker may hold the lock for a while yet: spinning now would only keep it from its processor.
+    if (!take(lock))
+        takeAsleep(lock);
+    lock.owner.store(pthread_self(), std::memory_order_relaxed);
     return woken;
 }
 

@@ -2,6 +2,7 @@
 #include "diagnostics/log_line.h"
 
 #include "platform/clock_native.h"
+#include "text/time_text.h"
 
 #include <algorithm>
 #include <new>
@@ -41,7 +42,7 @@ std::string_view LineClock::text() noexcept
     {
         std::tm time = {};
         const bool known = native::breakDownTime(second, true, time);
-        mSize = known ? native::formatTime(mText, sizeof(mText), "%a %b %d %H:%M:%S %Y", time) : 0;
+        mSize = known ? formatTime(mText, sizeof(mText), "%a %b %d %H:%M:%S %Y", time) : 0;
         mSecond = second;
     }
     return {mText, mSize};

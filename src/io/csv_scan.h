@@ -38,8 +38,8 @@ private:
 #if KY_ARCH_X64
     unsigned mask(__m128i bytes) const
     {
-        const __m128i delimiters =
-            _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(mQuote)), _mm_cmpeq_epi8(bytes, _mm_set1_epi8(mDelimiter)));
+        const __m128i delimiters = _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(mQuote)),
+                                                _mm_cmpeq_epi8(bytes, _mm_set1_epi8(mDelimiter)));
         const __m128i breaks =
             _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('\n')), _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\r')));
         return static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(delimiters, breaks)));

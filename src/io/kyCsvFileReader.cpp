@@ -38,6 +38,8 @@ int asDelimiter(char value)
     return code < 0x80 ? code : -1;
 }
 
+bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
+
 void reuse(std::vector<char>& buffer)
 {
     if (buffer.capacity() > keptCapacity)
@@ -62,9 +64,12 @@ struct kyCsvFileReader::Scan
     };
 
     Scan(char quoteCharacter, char delimiterCharacter, std::size_t limit, std::size_t rows)
-        : quote(asDelimiter(quoteCharacter)), delimiter(asDelimiter(delimiterCharacter)),
-          specials(quote < 0 ? '\n' : quoteCharacter, delimiter < 0 ? '\n' : delimiterCharacter), cellLimit(limit),
-          cellRoom(limit), rowsLeft(rows)
+        : quote(asDelimiter(quoteCharacter)),
+          delimiter(asDelimiter(delimiterCharacter)),
+          specials(quote < 0 ? '\n' : quoteCharacter, delimiter < 0 ? '\n' : delimiterCharacter),
+          cellLimit(limit),
+          cellRoom(limit),
+          rowsLeft(rows)
     {
     }
 
@@ -75,19 +80,23 @@ struct kyCsvFileReader::Scan
     std::size_t cellRoom;  ///< how many of them are left
     std::size_t rowsLeft;
     Section section = Section::Unquoted;
-    bool rowOpen = false;            ///< characters were read since the last row ended
-    const char* position = nullptr;  ///< next byte of the piece at hand, null between pieces
-    const char* end = nullptr;       ///< end of that piece
-    const char* runBegin = nullptr;  ///< the last run of the cell, still in the read buffer
+    bool rowOpen = false;           ///< characters were read since the last row ended
+    const char* position = nullptr; ///< next byte of the piece at hand, null between pieces
+    const char* end = nullptr;      ///< end of that piece
+    const char* runBegin = nullptr; ///< the last run of the cell, still in the read buffer
     const char* runEnd = nullptr;
-    const char* rowBegin = nullptr;  ///< start of the row, when it started in this piece
+    const char* rowBegin = nullptr; ///< start of the row, when it started in this piece
 };
 
 kyCsvFileReader::kyCsvFileReader(bool enableTypeGuess) : mTypeGuess(enableTypeGuess) {}
 
 kyCsvFileReader::kyCsvFileReader(const kyCsvFileReader& other)
-    : mTable(other.mTable), mLastError(other.mLastError), mMaxColumnCount(other.mMaxColumnCount),
-      mColumnDelimiter(other.mColumnDelimiter), mStringDelimiter(other.mStringDelimiter), mTypeGuess(other.mTypeGuess)
+    : mTable(other.mTable),
+      mLastError(other.mLastError),
+      mMaxColumnCount(other.mMaxColumnCount),
+      mColumnDelimiter(other.mColumnDelimiter),
+      mStringDelimiter(other.mStringDelimiter),
+      mTypeGuess(other.mTypeGuess)
 {
 }
 
@@ -381,7 +390,7 @@ bool kyCsvFileReader::addRun(Scan& scan, const char* to)
     {
         // Up to the end of the code point that is one too many.
         size = scan.cellRoom + 1;
-        while (from + size != to && utf8::internal::is_trail(from[size]))
+        while (from + size != to && isContinuation(from[size]))
             ++size;
     }
     scan.cellRoom -= std::min(size, scan.cellRoom);
@@ -431,7 +440,7 @@ void kyCsvFileReader::endRow(Scan& scan)
     const char* text = mRowText.data();
     for (const std::size_t length : mCellLengths)
     {
-        const std::string cell(text, length);
+        const std::string_view cell(text, length);
         row.push_back(mTypeGuess ? kyVariant::BuildFromString(cell) : kyVariant(cell));
         text += length;
     }

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "platform/clock_native.h"
 
-#include <clocale>
-#include <locale.h>
 #include <time.h>
 
 namespace ky::impl::native
@@ -12,12 +10,6 @@ namespace
 {
 
 constexpr std::int64_t unixEpoch100ns = 116444736000000000;
-
-locale_t cLocale() noexcept
-{
-    static const locale_t locale = newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(nullptr));
-    return locale;
-}
 
 } // namespace
 
@@ -39,11 +31,6 @@ bool breakDownTime(std::int64_t seconds, bool localTime, std::tm& out) noexcept
 {
     const time_t value = static_cast<time_t>(seconds);
     return (localTime ? localtime_r(&value, &out) : gmtime_r(&value, &out)) != nullptr;
-}
-
-std::size_t formatTime(char* buffer, std::size_t size, const char* format, const std::tm& time) noexcept
-{
-    return strftime_l(buffer, size, format, &time, cLocale());
 }
 
 } // namespace ky::impl::native

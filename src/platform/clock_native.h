@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <ctime>
 
@@ -16,8 +15,5 @@ std::int64_t ticksSinceStartMs() noexcept;
 
 /// Calendar form of seconds since 1970-01-01 UTC; false when the year does not fit.
 bool breakDownTime(std::int64_t seconds, bool localTime, std::tm& out) noexcept;
-
-/// strftime under the C locale. Length written without the terminating NUL, 0 when it does not fit.
-std::size_t formatTime(char* buffer, std::size_t size, const char* format, const std::tm& time) noexcept;
 
 } // namespace ky::impl::native

@@ -3,23 +3,10 @@
 
 #include "platform/win32.h"
 
-#include <clocale>
-#include <locale.h>
 #include <time.h>
 
 namespace ky::impl::native
 {
-
-namespace
-{
-
-_locale_t cLocale() noexcept
-{
-    static const _locale_t locale = _create_locale(LC_ALL, "C");
-    return locale;
-}
-
-} // namespace
 
 std::int64_t systemTime100ns() noexcept
 {
@@ -34,11 +21,6 @@ bool breakDownTime(std::int64_t seconds, bool localTime, std::tm& out) noexcept
 {
     const __time64_t value = seconds;
     return (localTime ? _localtime64_s(&out, &value) : _gmtime64_s(&out, &value)) == 0;
-}
-
-std::size_t formatTime(char* buffer, std::size_t size, const char* format, const std::tm& time) noexcept
-{
-    return _strftime_l(buffer, size, format, &time, cLocale());
 }
 
 } // namespace ky::impl::native

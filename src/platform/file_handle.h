@@ -83,8 +83,8 @@ bool isMissingFile(ErrorCode code);
 /// Whether the code says that the system refuses to make or open the file here: rights, or a read-only volume.
 bool isRefusal(ErrorCode code);
 
-/// Whether another file can take the name's place: it is free, or names a regular file and not a folder, device or
-/// pipe.
+/// Whether another file can take the name's place: it is free, or leads to a regular file. Not a folder, a device, a
+/// pipe, nor a link that leads nowhere.
 bool isReplaceable(const std::string& pathUtf8);
 
 /// Moves the finished file `temporary` over `target`, keeping `target`'s permissions where it exists. A link at

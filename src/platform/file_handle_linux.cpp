@@ -159,8 +159,11 @@ bool isRefusal(ErrorCode code) { return code == EACCES || code == EPERM || code 
 
 bool isReplaceable(const std::string& pathUtf8)
 {
+    const std::string path = systemPath(pathUtf8);
     struct stat info = {};
-    return stat(systemPath(pathUtf8).c_str(), &info) == 0 ? S_ISREG(info.st_mode) : isMissingFile(errno);
+    if (stat(path.c_str(), &info) == 0)
+        return S_ISREG(info.st_mode);
+    return isMissingFile(errno) && lstat(path.c_str(), &info) != 0;
 }
 
 ErrorCode replaceFile(const std::string& temporary, const std::string& target)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/file_handle.h"
 
+#include "platform/access_rights_windows.h"
 #include "platform/wide_windows.h"
 #include "platform/win32.h"
 
@@ -155,7 +156,7 @@ bool isReplaceable(const std::string& pathUtf8)
         CreateFileW(widePath(pathUtf8).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                     OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
     if (handle == INVALID_HANDLE_VALUE)
-        return isMissingFile(lastError());
+        return isMissingFile(lastError()) && !pathExists(pathUtf8);
     BY_HANDLE_FILE_INFORMATION info = {};
     const bool regular = GetFileType(handle) == FILE_TYPE_DISK && GetFileInformationByHandle(handle, &info) != 0 &&
                          (info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
@@ -165,12 +166,14 @@ bool isReplaceable(const std::string& pathUtf8)
 
 ErrorCode replaceFile(const std::string& temporary, const std::string& target)
 {
-    // ReplaceFileW carries the target's attributes and access rights over, but needs an existing target.
+    // Not ReplaceFileW: for a moment it leaves nothing under the target's name. A rename is one step.
     const std::wstring to = widePath(target);
-    if (GetFileAttributesW(to.c_str()) != INVALID_FILE_ATTRIBUTES &&
-        ReplaceFileW(to.c_str(), widePath(temporary).c_str(), nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr,
-                     nullptr) != 0)
-        return 0;
+    const DWORD attributes = GetFileAttributesW(to.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES)
+    {
+        copyAccessRights(to, widePath(temporary));
+        SetFileAttributesW(widePath(temporary).c_str(), attributes);
+    }
     return renameFile(temporary, target);
 }
 

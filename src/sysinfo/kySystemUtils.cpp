@@ -4,6 +4,7 @@
 #include "platform/clock_native.h"
 #include "platform/process_id_native.h"
 #include "sysinfo/uuid_native.h"
+#include "text/time_text.h"
 
 #include <ky/kySystem.h>
 
@@ -62,7 +63,7 @@ std::string kySystemUtils::GetCurrentTimeAsString(const char* format, bool local
     if (format == nullptr || !impl::native::breakDownTime(GetSecElapsedSinceEpoch(), localTime, time))
         return {};
     char buffer[80];
-    return std::string(buffer, impl::native::formatTime(buffer, sizeof(buffer), format, time));
+    return std::string(buffer, impl::formatTime(buffer, sizeof(buffer), format, time));
 }
 
 unsigned long long kySystemUtils::GetCurrentProcessID() { return impl::native::currentProcessId(); }

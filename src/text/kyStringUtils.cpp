@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <ky/kyStringUtils.h>
 
+#include "text/byte_search.h"
 #include "text/character_class.h"
 
 #include <algorithm>
@@ -8,6 +9,8 @@
 #include <functional>
 #include <limits>
 #include <string_view>
+#include <type_traits>
+#include <utility>
 
 namespace ky
 {
@@ -34,81 +37,146 @@ void reserveMore(std::vector<std::string>& out, std::size_t more)
         out.reserve(std::max(needed, 2 * out.capacity()));
 }
 
-void appendTokens(std::string_view text, char separator, std::vector<std::string>& out, bool skipEmpty)
+/// Counts in bytes as long as they suffice, which compilers turn into vector code of full width.
+std::size_t countOf(char byte, std::string_view text)
 {
-    if (!skipEmpty)
-        reserveMore(out, static_cast<std::size_t>(std::count(text.begin(), text.end(), separator)) + 1);
-    const char* const end = text.data() + text.size();
-    for (const char* start = text.data(); start != end;)
-    {
-        const auto* cut =
-            static_cast<const char*>(std::memchr(start, separator, static_cast<std::size_t>(end - start)));
-        const char* const stop = cut == nullptr ? end : cut;
-        if (stop != start || !skipEmpty)
-            out.emplace_back(start, stop);
-        start = cut == nullptr ? end : cut + 1;
-    }
-}
-
-/// For a `to` that is not longer than `from`: the text only moves towards its start.
-template <typename Char>
-std::size_t replaceShrinking(std::basic_string<Char>& text, std::basic_string_view<Char> from,
-                             std::basic_string_view<Char> to, std::size_t match)
-{
-    using Traits = std::char_traits<Char>;
-    Char* const data = text.data();
-    std::size_t written = match;
     std::size_t count = 0;
-    while (match != std::basic_string<Char>::npos)
+    while (!text.empty())
     {
-        Traits::copy(data + written, to.data(), to.size());
-        written += to.size();
-        ++count;
-        const std::size_t rest = match + from.size();
-        match = text.find(from.data(), rest, from.size());
-        const std::size_t restEnd = match == std::basic_string<Char>::npos ? text.size() : match;
-        if (written != rest)
-            Traits::move(data + written, data + rest, restEnd - rest);
-        written += restEnd - rest;
+        const std::string_view piece = text.substr(0, std::numeric_limits<unsigned char>::max());
+        unsigned char hits = 0;
+        for (const char candidate : piece)
+            hits = static_cast<unsigned char>(hits + (candidate == byte ? 1 : 0));
+        count += hits;
+        text.remove_prefix(piece.size());
     }
-    text.resize(written);
     return count;
 }
 
-template <typename Char>
-std::size_t replaceGrowing(std::basic_string<Char>& text, std::basic_string_view<Char> from,
-                           std::basic_string_view<Char> to, std::size_t match)
+void appendTokens(std::string_view text, char separator, std::vector<std::string>& out, bool skipEmpty)
 {
-    std::vector<std::size_t> matches;
-    for (; match != std::basic_string<Char>::npos; match = text.find(from.data(), match + from.size(), from.size()))
-        matches.push_back(match);
-    std::basic_string<Char> result;
-    result.reserve(text.size() + matches.size() * (to.size() - from.size()));
-    std::size_t rest = 0;
-    for (const std::size_t place : matches)
+    if (!skipEmpty)
+        reserveMore(out, countOf(separator, text) + 1);
+    impl::ByteSearch separators(text, std::string_view(&separator, 1));
+    for (std::size_t start = 0; start < text.size();)
     {
-        result.append(text, rest, place - rest);
-        result.append(to);
-        rest = place + from.size();
+        const std::size_t stop = std::min(separators.next(), text.size());
+        if (stop != start || !skipEmpty)
+            out.emplace_back(text.data() + start, stop - start);
+        start = stop + 1;
     }
-    result.append(text, rest);
-    text.swap(result);
-    return matches.size();
+}
+
+/// Wide counterpart of ByteSearch.
+class WideSearch
+{
+public:
+    static constexpr std::size_t npos = std::wstring_view::npos;
+
+    WideSearch(std::wstring_view text, std::wstring_view needle) : mText(text), mNeedle(needle) {}
+
+    std::size_t next()
+    {
+        const std::size_t position = mText.find(mNeedle, mEarliest);
+        if (position != npos)
+            mEarliest = position + mNeedle.size();
+        return position;
+    }
+
+private:
+    std::wstring_view mText;
+    std::wstring_view mNeedle;
+    std::size_t mEarliest = 0;
+};
+
+template <typename Char>
+using Search = std::conditional_t<std::is_same_v<Char, char>, impl::ByteSearch, WideSearch>;
+
+/// The places of `from` in `text`. Only so many are remembered, because a list of all of them can take many times the
+/// memory of the text; the others are looked for again.
+template <typename Char>
+class Places
+{
+public:
+    Places(std::basic_string_view<Char> text, std::basic_string_view<Char> from)
+    {
+        Search<Char> search(text, from);
+        for (std::size_t place = search.next(); place != search.npos; place = search.next(), ++mCount)
+        {
+            if (mCount == 0)
+                mFirst.reserve(std::min(remembered, text.size() / from.size()));
+            if (mCount < remembered)
+                mFirst.push_back(place);
+        }
+    }
+
+    std::size_t count() const { return mCount; }
+
+    /// Calls `visit` with every place in turn. What lies before the end of the place visited may change meanwhile.
+    template <typename Visit>
+    void forEach(std::basic_string_view<Char> text, std::basic_string_view<Char> from, Visit visit) const
+    {
+        for (const std::size_t place : mFirst)
+            visit(place);
+        if (mCount == mFirst.size())
+            return;
+        const std::size_t start = mFirst.back() + from.size();
+        Search<Char> search(text.substr(start), from);
+        for (std::size_t place = search.next(); place != search.npos; place = search.next())
+            visit(start + place);
+    }
+
+private:
+    static constexpr std::size_t remembered = 4096;
+    std::vector<std::size_t> mFirst;
+    std::size_t mCount = 0;
+};
+
+/// Works within the buffer of `text`: its content first moves to the end of the final size, when it grows, and from
+/// there back to the start piece by piece. The other arguments must not lie in `text`.
+template <typename Char>
+std::size_t replaceInBuffer(std::basic_string<Char>& text, std::basic_string_view<Char> from,
+                            std::basic_string_view<Char> to)
+{
+    using Traits = std::char_traits<Char>;
+    const Places<Char> places(text, from);
+    const std::size_t size = text.size();
+    const std::size_t growth = to.size() > from.size() ? places.count() * (to.size() - from.size()) : 0;
+    text.resize(size + growth);
+    Char* const target = text.data();
+    Char* const source = target + growth;
+    if (growth != 0)
+        Traits::move(source, target, size);
+    std::size_t written = 0;
+    std::size_t rest = 0;
+    const auto keepUntil = [&](std::size_t end)
+    {
+        if (target + written != source + rest)
+            Traits::move(target + written, source + rest, end - rest);
+        written += end - rest;
+    };
+    places.forEach({source, size}, from,
+                   [&](std::size_t place)
+                   {
+                       keepUntil(place);
+                       Traits::copy(target + written, to.data(), to.size());
+                       written += to.size();
+                       rest = place + from.size();
+                   });
+    keepUntil(size);
+    text.resize(written);
+    return places.count();
 }
 
 template <typename Char>
 std::size_t replaceAll(std::basic_string<Char>& text, const std::basic_string<Char>& from,
                        const std::basic_string<Char>& to)
 {
-    const std::size_t match = from.empty() ? std::basic_string<Char>::npos : text.find(from);
-    if (match == std::basic_string<Char>::npos)
+    if (from.empty())
         return 0;
-    // The shrinking form writes into the text while it still reads its arguments.
-    if (to.size() > from.size())
-        return replaceGrowing<Char>(text, from, to, match);
     if (&from == &text || &to == &text)
-        return replaceShrinking<Char>(text, std::basic_string<Char>(from), std::basic_string<Char>(to), match);
-    return replaceShrinking<Char>(text, from, to, match);
+        return replaceInBuffer<Char>(text, std::basic_string<Char>(from), std::basic_string<Char>(to));
+    return replaceInBuffer<Char>(text, from, to);
 }
 
 std::string lowered(const std::string& text)

@@ -25,14 +25,9 @@ std::size_t portableUtf8Prefix(const char* data, std::size_t size) noexcept
 
 Utf8Count portableCountUtf8(const char* data, std::size_t size) noexcept
 {
-    try
-    {
-        return {true, static_cast<std::size_t>(utf8::distance(data, data + size))};
-    }
-    catch (const utf8::exception&)
-    {
+    if (portableUtf8Prefix(data, size) != size)
         return {};
-    }
+    return {true, static_cast<std::size_t>(utf8::unchecked::distance(data, data + size))};
 }
 
 std::size_t validUtf8Prefix(const char* data, std::size_t size) noexcept

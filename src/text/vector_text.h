@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
-// The vector forms of the UTF-8 check and the hexadecimal codec. vector_text_x64.cpp has them for SSSE3, which is wide
-// enough to be limited by memory and needs no support of the operating system; vector_text_none.cpp says that there are
-// none.
+// The vector forms of the UTF-8 check, the hexadecimal codec and the byte search. vector_text_x64.cpp has them for
+// SSSE3, which is wide enough to be limited by memory and needs no support of the operating system;
+// vector_text_none.cpp says that there are none.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 namespace ky::impl
 {
@@ -22,6 +23,9 @@ struct VectorText
 
     /// Decodes leading pairs; returns how many. Stops before a block that holds anything but digits, or is not full.
     std::size_t (*decodeHex)(const char* text, std::size_t pairs, char* out) noexcept;
+
+    /// Bit i is set when first[i] == firstByte and last[i] == lastByte, for i below 64.
+    std::uint64_t (*matchMask)(const char* first, char firstByte, const char* last, char lastByte) noexcept;
 };
 
 /// Null when the processor lacks what they need.

@@ -200,7 +200,22 @@ KY_TARGET("ssse3") std::size_t decodeHex(const char* text, std::size_t pairs, ch
     return done;
 }
 
-constexpr VectorText ssse3{&scanUtf8, &encodeHex, &decodeHex};
+KY_TARGET("ssse3")
+std::uint64_t matchMask(const char* first, char firstByte, const char* last, char lastByte) noexcept
+{
+    const __m128i firstBytes = _mm_set1_epi8(firstByte);
+    const __m128i lastBytes = _mm_set1_epi8(lastByte);
+    std::uint64_t mask = 0;
+    for (unsigned part = 0; part < 64; part += 16)
+    {
+        const __m128i both =
+            _mm_and_si128(_mm_cmpeq_epi8(load(first + part), firstBytes), _mm_cmpeq_epi8(load(last + part), lastBytes));
+        mask |= static_cast<std::uint64_t>(static_cast<unsigned>(_mm_movemask_epi8(both))) << part;
+    }
+    return mask;
+}
+
+constexpr VectorText ssse3{&scanUtf8, &encodeHex, &decodeHex, &matchMask};
 
 } // namespace
 

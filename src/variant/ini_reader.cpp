@@ -13,10 +13,7 @@ namespace ky::impl
 namespace
 {
 
-bool isBlank(char character)
-{
-    return character == ' ' || (character >= '\t' && character <= '\r');
-}
+bool isBlank(char character) { return character == ' ' || (character >= '\t' && character <= '\r'); }
 
 std::string_view trimmed(std::string_view text)
 {

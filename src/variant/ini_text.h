@@ -20,8 +20,8 @@ inline constexpr char iniPathSeparator = '/';
 /// Adds the entries of the text to `map`; existing ones stay. Bad lines are logged and skipped.
 void readIni(std::string_view text, IniMap& map);
 
-/// Appends the text of `map` to `text`. At the first value that cannot be stored, logs it and returns false; `text` then
-/// holds what stands before it.
+/// Appends the text of `map` to `text`. At the first value that cannot be stored, logs it and returns false; `text`
+/// then holds what stands before it.
 bool writeIni(const IniMap& map, std::string& text);
 
 /// Logs a warning through the library log; nothing when there is no log.

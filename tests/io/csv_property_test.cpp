@@ -27,9 +27,22 @@ std::string randomText(std::mt19937& random, const std::vector<std::string>& pie
     return text;
 }
 
-const std::vector<std::string> wellFormed = {",",  ",",    "\n",       "\r\n",         "\"",   "\"",
-                                             "\"\"", "a",  "bcd",      "\xC3\xA4",     "\xE2\x82\xAC", "\r",
-                                             ";",  "12,5", "\xF0\x9F\x98\x80", "a long run of plain text without anything"};
+const std::vector<std::string> wellFormed = {",",
+                                             ",",
+                                             "\n",
+                                             "\r\n",
+                                             "\"",
+                                             "\"",
+                                             "\"\"",
+                                             "a",
+                                             "bcd",
+                                             "\xC3\xA4",
+                                             "\xE2\x82\xAC",
+                                             "\r",
+                                             ";",
+                                             "12,5",
+                                             "\xF0\x9F\x98\x80",
+                                             "a long run of plain text without anything"};
 
 std::vector<std::string> polluted()
 {
@@ -46,9 +59,9 @@ void expectAgreement(const TempDir& dir, const std::string& bytes, CsvFormat for
     writeFile(dir.file("t.csv"), bytes);
     const CsvResult expected = referenceCsv(bytes, format);
     const CsvResult result = readCsv(dir.file("t.csv"), format, portions);
-    ASSERT_EQ(show(result), show(expected)) << "block " << ky::impl::csvBlockSize << ", rows " << portions.maxRows
-                                            << ", input:\n"
-                                            << bytes;
+    ASSERT_EQ(show(result), show(expected))
+        << "block " << ky::impl::csvBlockSize << ", rows " << portions.maxRows << ", input:\n"
+        << bytes;
 }
 
 TEST(CsvProperty, AgreesWithTheRulesOnRandomText)
@@ -58,7 +71,7 @@ TEST(CsvProperty, AgreesWithTheRulesOnRandomText)
     const std::vector<std::string> pieces[] = {wellFormed, polluted()};
     const std::vector<std::size_t> blocks = {4, 5, 6, 7, 16, 17, 64, 1000, 0x100000};
     const std::vector<std::size_t> rowCounts = {0, 1, 2, 3, 1024};
-    const std::vector<CsvFormat> formats = {{',', '"'}, {',', '"'}, {';', '\''}, {'"', '"'}, {'\n', '"'},
+    const std::vector<CsvFormat> formats = {{',', '"'},  {',', '"'},  {';', '\''},   {'"', '"'},    {'\n', '"'},
                                             {',', '\r'}, {',', '\n'}, {'\xC3', '"'}, {',', '\xA4'}, {'a', '\0'}};
     const int rounds = isSoak() ? 200000 : 3000;
     for (int round = 0; round < rounds; ++round)
@@ -74,7 +87,8 @@ TEST(CsvProperty, AgreesAtEveryCutAndEveryPortion)
 {
     const TempDir dir;
     std::mt19937 random(21);
-    const std::string text = "\xEF\xBB\xBF" "id,name\r\n1,\"\xC3\xA4 \"\"x\"\"\r\n\xF0\x9F\x98\x80\",\n\"\",,\xE2\x82\xAC\n" +
+    const std::string text = "\xEF\xBB\xBF"
+                             "id,name\r\n1,\"\xC3\xA4 \"\"x\"\"\r\n\xF0\x9F\x98\x80\",\n\"\",,\xE2\x82\xAC\n" +
                              randomText(random, wellFormed, 60);
     for (std::size_t cut = 0; cut <= text.size(); ++cut)
     {

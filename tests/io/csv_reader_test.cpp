@@ -46,9 +46,14 @@ TEST(CsvReader, SplitsRowsAndCells)
         {"\"open,\nto the end", {{"open,\nto the end"}}},
         {"\"open\n", {{"open\n"}}},
         {"\"", {{""}}},
-        {"\xEF\xBB\xBF" "a,b\n", {{"a", "b"}}},
+        {"\xEF\xBB\xBF"
+         "a,b\n",
+         {{"a", "b"}}},
         {"\xEF\xBB\xBF", {}},
-        {"\xEF\xBB\xBF\xEF\xBB\xBF" "a\n", {{"\xEF\xBB\xBF" "a"}}},
+        {"\xEF\xBB\xBF\xEF\xBB\xBF"
+         "a\n",
+         {{"\xEF\xBB\xBF"
+           "a"}}},
         {std::string("a\0b,\0\n", 6), {{std::string("a\0b", 3), std::string(1, '\0')}}},
         {"\xC3\xA4,\xF0\x9F\x98\x80\xE2\x82\xAC\n", {{"\xC3\xA4", "\xF0\x9F\x98\x80\xE2\x82\xAC"}}},
     };

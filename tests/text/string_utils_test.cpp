@@ -112,6 +112,27 @@ TEST(StringUtils, ReplacesEveryOccurrenceOnce)
     }
 }
 
+TEST(StringUtils, ReplacesAnyNumberOfPlaces)
+{
+    for (const std::size_t places : {63U, 64U, 65U, 4095U, 4096U, 4097U, 20000U})
+        for (const std::string& to : {std::string(), std::string("-"), std::string("<longer>")})
+        {
+            std::string text;
+            std::string expected;
+            for (std::size_t i = 0; i < places; ++i)
+            {
+                const std::string between = std::to_string(i * i);
+                text += between + "xy";
+                expected += between + to;
+            }
+            std::wstring wide(text.begin(), text.end());
+            EXPECT_EQ(S::ReplaceAllOccurences(text, "xy", to), static_cast<int>(places));
+            EXPECT_TRUE(text == expected) << places << " by " << to;
+            S::replace(wide, L"xy", std::wstring(to.begin(), to.end()));
+            EXPECT_TRUE(wide == std::wstring(expected.begin(), expected.end())) << places << " by " << to;
+        }
+}
+
 TEST(StringUtils, ReplaceTakesTheTextItselfAsArgument)
 {
     const std::string x = "x";

@@ -80,7 +80,7 @@ TEST_F(Tool, CsvShowsTypesAndWritesTheSummary)
     EXPECT_EQ(readFile(dir.file("sum.ini")),
               "[General]\n\n[st\xC3\xA4"
               "dte.csv]\n"
-              "column1/longest=12\ncolumn1/name=name\ncolumn1/type/STRING=2\n"
+              "column1/longest=11\ncolumn1/name=name\ncolumn1/type/STRING=2\n"
               "column2/longest=7\ncolumn2/name=people\ncolumn2/type/INTEGER=1\ncolumn2/type/STRING=1\n"
               "column3/longest=4\ncolumn3/name=share\ncolumn3/type/REAL=2\n"
               "columns=3\nrows=2\n");

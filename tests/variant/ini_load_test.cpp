@@ -51,7 +51,7 @@ TEST(IniLoad, ReadsSectionsKeysAndPaths)
         {"General/a=1\n", "{General: {a: INTEGER 1}}"},
         {"k=;no comment\n", "{k: STRING ;no comment}"},
         {"\xC3\xA4=\xE2\x82\xAC\xFF\n", "{\xC3\xA4: STRING \xE2\x82\xAC\xFF}"},
-        {std::string("a\0b=\0\n", 7), std::string("{a\0b: STRING \0}", 15)},
+        {std::string("a\0b=\0\n", 6), std::string("{a\0b: STRING \0}", 15)},
     });
 }
 
@@ -110,7 +110,8 @@ TEST(IniLoad, WarnsAboutBadLinesAndGoesOn)
         {" =5\n", "{}", {"Invalid key at line (0) =5 in Ini file"}},
         {"[S]\na=1\na=2\n", "{S: {a: INTEGER 1}}", {"Duplicated key at line (2) a=2 in Ini file"}},
         {"a/b=1\na=2\n", "{a: {b: INTEGER 1}}", {"Duplicated key at line (1) a=2 in Ini file"}},
-        {"a=1\na/b/c=2\n[a]\nx=3\ny=4\n[a/b]\nz=5\n", "{a: INTEGER 1}",
+        {"a=1\na/b/c=2\n[a]\nx=3\ny=4\n[a/b]\nz=5\n",
+         "{a: INTEGER 1}",
          {"Duplicated key at line (1) a/b/c=2 in Ini file", "Duplicated key at line (3) x=3 in Ini file",
           "Duplicated key at line (4) y=4 in Ini file", "Duplicated key at line (6) z=5 in Ini file"}},
         // A mark at the start is not white space.

@@ -43,14 +43,18 @@ private:
 /// A tree with the types of its values, for example {a: INTEGER 1, S: {k: BOOL true}}.
 inline std::string show(const Map& map)
 {
-    std::string text;
+    std::string text = "{";
     for (const auto& [key, value] : map)
     {
-        text += (text.empty() ? "" : ", ") + key + ": ";
-        text += value.getType() == kyVariant::Type::Map ? show(value.getMap())
-                                                        : value.getTypeAsString() + " " + value.toString();
+        if (text.size() > 1)
+            text += ", ";
+        text.append(key).append(": ");
+        if (value.getType() == kyVariant::Type::Map)
+            text += show(value.getMap());
+        else
+            text.append(value.getTypeAsString()).append(" ").append(value.toString());
     }
-    return "{" + text + "}";
+    return text += '}';
 }
 
 } // namespace ky::test

@@ -1,0 +1,2 @@
+ky_fuzz(utf8_text text/utf8_text_fuzz.cpp)
+ky_fuzz(hex_uuid text/hex_uuid_fuzz.cpp)

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+#include "text/time_text.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace
+{
+
+std::string formatted(const char* format, std::size_t room = 80)
+{
+    std::tm time = {};
+    time.tm_year = 126;
+    time.tm_mon = 10;
+    time.tm_mday = 5;
+    time.tm_wday = 4;
+    time.tm_yday = 308;
+    time.tm_hour = 7;
+    time.tm_min = 44;
+    time.tm_sec = 17;
+    std::string buffer(room + 1, '#');
+    const std::size_t length = ky::impl::formatTime(buffer.data(), room, format, time);
+    EXPECT_EQ(buffer[room], '#') << "written behind the end";
+    return buffer.substr(0, length);
+}
+
+TEST(TimeText, EqualsStrftimeUnderTheCLocaleOnEveryRuntime)
+{
+    const struct
+    {
+        const char* format;
+        const char* text;
+    } rows[] = {
+        {"%a %b %d %H:%M:%S %Y", "Thu Nov 05 07:44:17 2026"},
+        {"%A|%B|%h|%p|%e", "Thursday|November|Nov|AM| 5"},
+        {"%c", "Thu Nov  5 07:44:17 2026"},
+        {"%x %X %D %T %F %R %r", "11/05/26 07:44:17 11/05/26 07:44:17 2026-11-05 07:44 07:44:17 AM"},
+        {"%j %y %I %w %%", "309 26 07 4 %"},
+        {"a%nb%tc", "a\nb\tc"},
+        {"%Ey %Od %Ec", "26 05 Thu Nov  5 07:44:17 2026"},
+        {"", ""},
+        {"100%", "100%"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(formatted(row.format), row.text) << row.format;
+}
+
+TEST(TimeText, IsEmptyWhenItDoesNotFit)
+{
+    EXPECT_EQ(formatted("%Y-%m", 8), "2026-11");
+    EXPECT_EQ(formatted("%Y-%m", 7), "");
+    EXPECT_EQ(formatted("%Y", 0), "");
+}
+
+} // namespace
