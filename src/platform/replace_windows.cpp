@@ -11,6 +11,25 @@
 namespace ky::impl::native
 {
 
+namespace
+{
+
+// FILE_RENAME_INFO as FileRenameInfoEx takes it; some headers keep this form from programs that run on older systems.
+struct RenameRequest
+{
+    DWORD flags;
+    HANDLE root;
+    DWORD nameSize; ///< bytes
+    wchar_t name[1];
+};
+static_assert(sizeof(RenameRequest) == sizeof(FILE_RENAME_INFO));
+
+constexpr DWORD replaceIfExists = 1;
+constexpr DWORD posixSemantics = 2;
+constexpr auto fileRenameInfoEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(22);
+
+} // namespace
+
 void copyAccessRights(const std::wstring& from, const std::wstring& to)
 {
     PACL list = nullptr;
@@ -34,14 +53,13 @@ bool renameOverOpenFile(const std::wstring& from, const std::wstring& to)
                                     nullptr, OPEN_EXISTING, 0, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         return false;
-    // The name follows the structure; its first character lies inside.
     const std::size_t nameSize = to.size() * sizeof(wchar_t);
-    std::vector<std::byte> request(sizeof(FILE_RENAME_INFO) + nameSize);
-    auto* const info = reinterpret_cast<FILE_RENAME_INFO*>(request.data());
-    info->Flags = FILE_RENAME_FLAG_REPLACE_IF_EXISTS | FILE_RENAME_FLAG_POSIX_SEMANTICS;
-    info->FileNameLength = static_cast<DWORD>(nameSize);
-    std::memcpy(info->FileName, to.data(), nameSize);
-    const bool ok = SetFileInformationByHandle(file, FileRenameInfoEx, info, static_cast<DWORD>(request.size())) != 0;
+    std::vector<std::byte> bytes(sizeof(RenameRequest) + nameSize);
+    auto* const request = reinterpret_cast<RenameRequest*>(bytes.data());
+    request->flags = replaceIfExists | posixSemantics;
+    request->nameSize = static_cast<DWORD>(nameSize);
+    std::memcpy(request->name, to.data(), nameSize);
+    const bool ok = SetFileInformationByHandle(file, fileRenameInfoEx, request, static_cast<DWORD>(bytes.size())) != 0;
     CloseHandle(file);
     return ok;
 }
