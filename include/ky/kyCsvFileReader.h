@@ -12,6 +12,7 @@
 #include <iosfwd>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace ky
@@ -122,7 +123,10 @@ private:
     bool addRun(Scan& scan, const char* to);
     void spillRun(Scan& scan);
     void endCell(Scan& scan);
+    void keepViews();
     void endRow(Scan& scan);
+    void addCell(Row& row, std::string_view text) const;
+    void clearRow();
     bool failOnHeader();
 
     std::unique_ptr<std::istream> mFile;
@@ -141,7 +145,8 @@ private:
     char mColumnDelimiter = ',';
     char mStringDelimiter = '"';
     bool mTypeGuess = false;
-    std::size_t mValidEnd = 0; ///< Up to here the read buffer is known to be UTF-8.
+    std::size_t mValidEnd = 0;                ///< Up to here the read buffer is known to be UTF-8.
+    std::vector<std::string_view> mCellViews; ///< Last cells of the row, as far as they still lie in the read buffer.
 };
 
 } // namespace ky

@@ -40,9 +40,9 @@ namespace ky
 /// Writes `map` to the file at `path` (UTF-8), replacing it. With `mergeWithExisting`, what an existing file holds is
 /// kept where `map` has no value under the same path.
 ///
-/// The new text is written to a temporary file in the same folder (named after the target, ending in `.tmp`), which
-/// then takes the target's place: whenever the process is killed, the file holds its old or its new content. A link is
-/// followed; permissions are kept. Where no file can be made beside the target, it is overwritten in place.
+/// The new text is written to a temporary file in the same folder (`ini-*.tmp`), which then takes the target's place:
+/// whenever the process is killed, the file holds its old or its new content. A link is followed; permissions are kept.
+/// Where no file can be made beside the target, it is overwritten in place.
 ///
 /// False when the file cannot be written, in which case it keeps its content, and when a value has a type that cannot
 /// be stored. That is logged as a warning; the file then holds what was composed before that value. A file that should

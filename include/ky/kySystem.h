@@ -83,7 +83,7 @@ public:
 private:
     std::int32_t mCounter = 0;
     bool mEverInitialized = false;
-    bool mFlag;
+    [[maybe_unused]] bool mFlag;
     std::string mName;
 
     static bool msLibInitWarnings;

@@ -2,6 +2,7 @@
 #include <ky/kyMutex.h>
 
 #include "concurrency/early_mutex.h"
+#include "concurrency/kernel_mutex_native.h"
 #include "concurrency/sync_native.h"
 
 namespace ky

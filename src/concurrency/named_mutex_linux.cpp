@@ -25,8 +25,6 @@ struct NamedMutex
     KernelMutex inProcess;
     NameHash key{};
     int references = 0;
-    std::atomic<pthread_t> owner{};
-    std::atomic<unsigned> depth{0};
     std::atomic<int> file{-1};
     timespec checkedAt{};
     NamedMutex* next = nullptr;
@@ -66,8 +64,6 @@ void forgetInForkedChild() noexcept
         const int file = record->file.exchange(-1);
         if (file != -1)
             ::close(file);
-        record->depth = 0;
-        record->owner = pthread_t{};
         record->inProcess.init();
     }
 }
@@ -117,7 +113,7 @@ NamedMutex* unusedRecord(Table& all)
 {
     for (NamedMutex* record = all.first; record != nullptr; record = record->next)
     {
-        if (record->references == 0 && record->owner == pthread_t{})
+        if (record->references == 0 && record->inProcess.owner == 0)
             return record;
     }
     auto* const record = new NamedMutex;
@@ -151,7 +147,7 @@ void closeNamedMutex(NamedMutex* mutex) noexcept
     const std::lock_guard guard(table().mutex);
     if (--mutex->references != 0)
         return;
-    while (mutex->owner == pthread_self())
+    while (mutex->inProcess.isMine())
         release(*mutex);
     const int file = mutex->file.exchange(-1);
     if (file != -1)
@@ -160,22 +156,16 @@ void closeNamedMutex(NamedMutex* mutex) noexcept
 
 void acquire(NamedMutex& mutex) noexcept
 {
-    if (acquire(mutex.inProcess, noTimeLimit) == Locked::Abandoned)
-        mutex.depth = 0;
-    mutex.owner = pthread_self();
-    if (++mutex.depth == 1)
+    // Left behind by a thread that has ended it is in the same state as new: the file is locked once more.
+    acquire(mutex.inProcess, noTimeLimit);
+    if (mutex.inProcess.depth == 1)
         lockFile(mutex);
 }
 
 void release(NamedMutex& mutex) noexcept
 {
-    if (mutex.owner != pthread_self())
-        return;
-    if (--mutex.depth == 0)
-    {
-        mutex.owner = pthread_t{};
+    if (mutex.inProcess.isMine() && mutex.inProcess.depth == 1)
         ::flock(mutex.file, LOCK_UN);
-    }
     release(mutex.inProcess);
 }
 

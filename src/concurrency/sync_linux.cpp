@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "concurrency/futex_linux.h"
-#include "concurrency/kernel_mutex_linux.h"
 #include "concurrency/sync_native.h"
 
 #include "platform/compiler.h"
+
+#include <pthread.h>
 
 namespace ky::impl::native
 {
@@ -152,39 +153,6 @@ void wake(ConditionVariable& condition, int count) noexcept
 
 void wakeOne(ConditionVariable& condition) noexcept { wake(condition, 1); }
 void wakeAll(ConditionVariable& condition) noexcept { wake(condition, INT_MAX); }
-
-KernelMutex* createKernelMutex() { return new KernelMutex; }
-
-void destroy(KernelMutex* mutex) noexcept
-{
-    // Still owned by another thread it stays linked into that thread's list of robust mutexes: rather lost than freed.
-    const Locked state = acquire(*mutex, 0);
-    if (state != Locked::Yes && state != Locked::Abandoned)
-        return;
-    while (pthread_mutex_unlock(&mutex->mutex) == 0)
-        continue;
-    pthread_mutex_destroy(&mutex->mutex);
-    delete mutex;
-}
-
-Locked acquire(KernelMutex& mutex, std::uint32_t limitMs) noexcept
-{
-    int result = pthread_mutex_trylock(&mutex.mutex);
-    if (result == EBUSY && limitMs == noTimeLimit)
-        result = pthread_mutex_lock(&mutex.mutex);
-    else if (result == EBUSY && limitMs != 0)
-        result = pthread_mutex_clocklock(&mutex.mutex, CLOCK_MONOTONIC, Deadline(limitMs).time());
-    if (result == EOWNERDEAD)
-    {
-        pthread_mutex_consistent(&mutex.mutex);
-        return Locked::Abandoned;
-    }
-    if (result == 0)
-        return Locked::Yes;
-    return result == EBUSY || result == ETIMEDOUT ? Locked::TimedOut : Locked::Failed;
-}
-
-void release(KernelMutex& mutex) noexcept { pthread_mutex_unlock(&mutex.mutex); }
 
 std::uint32_t currentThreadId() noexcept { return static_cast<std::uint32_t>(::gettid()); }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What a platform owes to locks and wait conditions. Objects are made and destroyed here and known by pointer only.
-// Calls fail only where they say so. Limits are in milliseconds.
+// What a platform owes to in-process locks and wait conditions. Objects are made and destroyed here and known by
+// pointer only. Calls fail only where they say so. Limits are in milliseconds.
 #pragma once
 
 #include <cstdint>
@@ -30,22 +30,6 @@ void destroy(ConditionVariable* condition) noexcept;
 bool sleep(ConditionVariable& condition, RecursiveLock& lock, std::uint32_t limitMs) noexcept;
 void wakeOne(ConditionVariable& condition) noexcept;
 void wakeAll(ConditionVariable& condition) noexcept;
-
-enum class Locked
-{
-    Yes,
-    Abandoned, ///< the caller owns it; the thread that owned it before has ended without giving it up
-    TimedOut,
-    Failed
-};
-
-/// Recursive mutex with a time limit that notices when its owner ends.
-struct KernelMutex;
-KernelMutex* createKernelMutex();
-void destroy(KernelMutex* mutex) noexcept;
-Locked acquire(KernelMutex& mutex, std::uint32_t limitMs) noexcept;
-/// Nothing happens when the caller is not the owner.
-void release(KernelMutex& mutex) noexcept;
 
 /// Id of the calling thread as the system numbers its threads.
 std::uint32_t currentThreadId() noexcept;

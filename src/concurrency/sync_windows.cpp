@@ -93,33 +93,6 @@ bool sleep(ConditionVariable& condition, RecursiveLock& lock, std::uint32_t limi
 void wakeOne(ConditionVariable& condition) noexcept { wakeOneSleeper.load()(&condition.condition); }
 void wakeAll(ConditionVariable& condition) noexcept { wakeAllSleepers.load()(&condition.condition); }
 
-struct KernelMutex
-{
-    HANDLE handle;
-};
-
-KernelMutex* createKernelMutex() { return new KernelMutex{CreateMutexW(nullptr, FALSE, nullptr)}; }
-
-void destroy(KernelMutex* mutex) noexcept
-{
-    if (mutex->handle != nullptr)
-        CloseHandle(mutex->handle);
-    delete mutex;
-}
-
-Locked acquire(KernelMutex& mutex, std::uint32_t limitMs) noexcept
-{
-    switch (WaitForSingleObject(mutex.handle, limitMs))
-    {
-    case WAIT_OBJECT_0: return Locked::Yes;
-    case WAIT_ABANDONED: return Locked::Abandoned;
-    case WAIT_TIMEOUT: return Locked::TimedOut;
-    default: return Locked::Failed;
-    }
-}
-
-void release(KernelMutex& mutex) noexcept { ReleaseMutex(mutex.handle); }
-
 std::uint32_t currentThreadId() noexcept { return GetCurrentThreadId(); }
 
 } // namespace ky::impl::native

@@ -150,9 +150,12 @@ kyLog* sHeldForFork = nullptr;
 
 void kyLog::holdForFork()
 {
-    sHeldForFork = msInstance;
-    if (sHeldForFork != nullptr)
-        sHeldForFork->takeCriticalSection();
+    kyLog* const log = msInstance;
+    if (log == nullptr)
+        return;
+    // Noted under the lock: two threads may fork at once.
+    log->takeCriticalSection();
+    sHeldForFork = log;
 }
 
 void kyLog::releaseAfterFork()

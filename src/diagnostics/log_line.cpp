@@ -4,7 +4,7 @@
 #include "platform/clock_native.h"
 #include "text/time_text.h"
 
-#include <cstring>
+#include <algorithm>
 #include <new>
 #include <ostream>
 
@@ -66,18 +66,14 @@ LogLine::LogLine(kyLogType type, std::string_view qualifier, std::string_view ti
     mLine = room + headRoom;
     char* at = mLine;
     for (const std::string_view piece : mPieces)
-    {
-        if (!piece.empty())
-            std::memcpy(at, piece.data(), piece.size());
-        at += piece.size();
-    }
+        at = std::copy(piece.begin(), piece.end(), at);
 }
 
 std::string_view LogLine::joined(std::string_view head, std::string_view end) noexcept
 {
     char* const start = mLine - head.size();
-    std::memcpy(start, head.data(), head.size());
-    std::memcpy(mLine + mSize, end.data(), end.size());
+    std::copy(head.begin(), head.end(), start);
+    std::copy(end.begin(), end.end(), mLine + mSize);
     return {start, head.size() + mSize + end.size()};
 }
 

@@ -130,6 +130,8 @@ kyCsvFileReader& kyCsvFileReader::operator=(kyCsvFileReader&& other) noexcept
     mStringDelimiter = other.mStringDelimiter;
     mTypeGuess = other.mTypeGuess;
     mValidEnd = std::exchange(other.mValidEnd, 0);
+    mCellViews.clear();
+    other.mCellViews.clear();
     return *this;
 }
 
@@ -155,9 +157,7 @@ void kyCsvFileReader::resetBuffers()
     mValidEnd = 0;
     mBytesRead = 0;
     mReadBuffer.clear();
-    mCellBuffer.clear();
-    mRowText.clear();
-    mCellLengths.clear();
+    clearRow();
 }
 
 bool kyCsvFileReader::startParsing()
@@ -263,9 +263,7 @@ bool kyCsvFileReader::failOnHeader()
 
 bool kyCsvFileReader::parseRows(bool& finished, std::size_t maxRows)
 {
-    mCellBuffer.clear();
-    mRowText.clear();
-    mCellLengths.clear();
+    clearRow();
     // No row has been completed since startParsing as long as there is no largest one.
     const std::size_t cellLimit = mMaxColumnCount == 0 ? headerCellLimit : noLimit;
     Scan scan(mStringDelimiter, mColumnDelimiter, cellLimit, maxRows == 0 ? noLimit : maxRows);
@@ -320,6 +318,7 @@ bool kyCsvFileReader::consume(Scan& scan, std::size_t size)
     while (ok && scan.position != scan.end && scan.rowsLeft != 0)
         ok = scan.section == Scan::Section::Unquoted ? consumeUnquoted(scan) : consumeQuoted(scan);
     spillRun(scan);
+    keepViews();
     if (scan.position != (scan.rowBegin != nullptr ? scan.rowBegin : begin))
         scan.rowOpen = true;
     mBufferPos += static_cast<std::size_t>(scan.position - begin);
@@ -413,45 +412,71 @@ void kyCsvFileReader::spillRun(Scan& scan)
 
 void kyCsvFileReader::endCell(Scan& scan)
 {
-    const std::size_t before = mRowText.size();
     if (mCellBuffer.empty())
     {
-        append(mRowText, scan.runBegin, scan.runEnd);
+        mCellViews.emplace_back(scan.runBegin, static_cast<std::size_t>(scan.runEnd - scan.runBegin));
         scan.runBegin = nullptr;
         scan.runEnd = nullptr;
     }
     else
     {
         spillRun(scan);
-        if (before == 0)
+        keepViews();
+        mCellLengths.push_back(mCellBuffer.size());
+        if (mRowText.empty())
             mRowText.swap(mCellBuffer);
         else
             append(mRowText, mCellBuffer.data(), mCellBuffer.data() + mCellBuffer.size());
         reuse(mCellBuffer);
     }
-    mCellLengths.push_back(mRowText.size() - before);
     scan.cellRoom = scan.cellLimit;
+}
+
+void kyCsvFileReader::keepViews()
+{
+    for (const std::string_view cell : mCellViews)
+    {
+        append(mRowText, cell.data(), cell.data() + cell.size());
+        mCellLengths.push_back(cell.size());
+    }
+    mCellViews.clear();
 }
 
 void kyCsvFileReader::endRow(Scan& scan)
 {
     Row row;
-    row.reserve(mCellLengths.size());
+    row.reserve(mCellLengths.size() + mCellViews.size());
     const char* text = mRowText.data();
     for (const std::size_t length : mCellLengths)
     {
-        const std::string_view cell(text, length);
-        row.push_back(mTypeGuess ? kyVariant::BuildFromString(cell) : kyVariant(cell));
+        addCell(row, std::string_view(text, length));
         text += length;
     }
+    for (const std::string_view cell : mCellViews)
+        addCell(row, cell);
+    mMaxColumnCount = std::max(mMaxColumnCount, static_cast<std::uint32_t>(row.size()));
     mTable.push_back(std::move(row));
-    mMaxColumnCount = std::max(mMaxColumnCount, static_cast<std::uint32_t>(mCellLengths.size()));
-    reuse(mRowText);
-    mCellLengths.clear();
+    clearRow();
     scan.cellLimit = noLimit;
     scan.cellRoom = noLimit;
     scan.rowOpen = false;
     scan.rowBegin = scan.position;
+}
+
+void kyCsvFileReader::addCell(Row& row, std::string_view text) const
+{
+    if (mTypeGuess)
+        row.push_back(kyVariant::BuildFromString(text));
+    else
+        row.emplace_back(text);
+}
+
+void kyCsvFileReader::clearRow()
+{
+    mCellBuffer.clear();
+    mCellLengths.clear();
+    mCellViews.clear();
+    reuse(mRowText);
 }
 
 } // namespace ky

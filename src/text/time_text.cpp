@@ -99,17 +99,16 @@ void putFormatted(Text& text, std::string_view format, const std::tm& time) noex
             text.put(format.substr(i, 1));
             continue;
         }
-        const std::size_t start = i++;
-        const bool modified = (format[i] == 'E' || format[i] == 'O') && i + 1 < format.size();
-        i += modified ? 1 : 0;
+        ++i;
+        // The C locale has no alternative forms.
+        if ((format[i] == 'E' || format[i] == 'O') && i + 1 < format.size())
+            ++i;
         const std::string_view longer = expansion(format[i]);
         if (!longer.empty())
             putFormatted(text, longer, time);
         else if (!putNamed(text, format[i], time))
         {
-            char conversion[4] = {};
-            std::copy(format.begin() + static_cast<std::ptrdiff_t>(start),
-                      format.begin() + static_cast<std::ptrdiff_t>(i + 1), conversion);
+            const char conversion[] = {'%', format[i], '\0'};
             char number[32];
             text.put({number, std::strftime(number, sizeof(number), conversion, &time)});
         }

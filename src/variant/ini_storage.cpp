@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "variant/ini_storage.h"
 
+#include "platform/clock_native.h"
 #include "platform/file_handle.h"
+#include "platform/process_id_native.h"
 
 #include <algorithm>
 #include <chrono>
@@ -30,18 +32,27 @@ constexpr std::size_t largestFirstRead = 0x1000000;
 constexpr int nameAttempts = 8;
 constexpr int renameAttempts = 6;
 
-/// In the target's folder, since only there a rename is one step. Random, so that nobody can wait for it.
+/// Asking the system for randomness costs more than writing a small file, so each thread does it once; time and process
+/// keep forked processes apart.
+std::uint64_t nextRandom()
+{
+    thread_local std::uint64_t state = std::random_device{}();
+    state += 0x9E3779B97F4A7C15U ^ static_cast<std::uint64_t>(native::systemTime100ns()) ^
+             static_cast<std::uint64_t>(native::currentProcessId()) << 40;
+    std::uint64_t bits = (state ^ state >> 30) * 0xBF58476D1CE4E5B9U;
+    bits = (bits ^ bits >> 27) * 0x94D049BB133111EBU;
+    return bits ^ bits >> 31;
+}
+
+/// In the target's folder, since only there a rename is one step. Nobody can wait for the name, and it is only ever
+/// created, never opened.
 std::string nameBeside(const std::string& target)
 {
     static constexpr char digits[] = "0123456789abcdef";
-    std::random_device source;
     std::string name = target.substr(0, target.find_last_of("/\\") + 1) + "ini-";
-    for (int word = 0; word < 4; ++word)
-    {
-        std::uint32_t bits = source();
-        for (int digit = 0; digit < 8; ++digit, bits >>= 4)
-            name += digits[bits & 15U];
-    }
+    std::uint64_t bits = nextRandom();
+    for (int digit = 0; digit < 16; ++digit, bits >>= 4)
+        name += digits[bits & 15U];
     return name + ".tmp";
 }
 

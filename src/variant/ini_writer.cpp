@@ -1,29 +1,26 @@
 // SPDX-License-Identifier: MIT
 #include "variant/ini_text.h"
 
+#include "variant/variant_access.h"
+
 namespace ky::impl
 {
 
 namespace
 {
 
-void appendEscaped(std::string& text, std::string_view value)
+/// The letter behind the backslash, or 0 for a character that stands for itself.
+char escapeOf(char character)
 {
-    for (std::size_t special = value.find_first_of("\\\n\r\t\""); special != std::string_view::npos;
-         special = value.find_first_of("\\\n\r\t\""))
+    switch (character)
     {
-        text += value.substr(0, special);
-        text += '\\';
-        switch (value[special])
-        {
-        case '\n': text += 'n'; break;
-        case '\r': text += 'r'; break;
-        case '\t': text += 't'; break;
-        default: text += value[special]; break;
-        }
-        value.remove_prefix(special + 1);
+    case '\\':
+    case '"': return character;
+    case '\n': return 'n';
+    case '\r': return 'r';
+    case '\t': return 't';
+    default: return 0;
     }
-    text += value;
 }
 
 void appendString(std::string& text, std::string_view value)
@@ -31,7 +28,16 @@ void appendString(std::string& text, std::string_view value)
     const bool quoted = value.find('"') != std::string_view::npos;
     if (quoted)
         text += '"';
-    appendEscaped(text, value);
+    std::size_t copied = 0;
+    for (std::size_t i = 0; i < value.size(); ++i)
+    {
+        const char escape = escapeOf(value[i]);
+        if (escape == 0)
+            continue;
+        ((text += value.substr(copied, i - copied)) += '\\') += escape;
+        copied = i + 1;
+    }
+    text += value.substr(copied);
     if (quoted)
         text += '"';
 }
@@ -61,7 +67,7 @@ bool writeEntry(std::string_view key, const kyVariant& value, std::string& text)
     if (value.getType() == kyVariant::Type::String)
         appendString(text, value.getString());
     else
-        text += value.toString();
+        appendText(text, value);
     text += '\n';
     return true;
 }

@@ -136,6 +136,7 @@ TEST(MutexFile, ARemovedFileIsReplacedForEarlyAndLateUsers)
     mutex.lock();
     mutex.unlock();
     ASSERT_EQ(::unlink(fileOf(name).c_str()), 0);
+    std::this_thread::sleep_for(20ms); // more than one tick of the clock: the file is not looked at more often
     ChildProcess owner("mutex_hold", {name, folder.file("owned")});
     ASSERT_TRUE(eventually([&] { return ky::test::exists(folder.file("owned")); }));
     std::atomic<bool> entered{false};

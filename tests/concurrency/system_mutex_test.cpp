@@ -150,7 +150,7 @@ TEST(SystemMutex, KeepsProcessesAndThreadsApart)
                 for (int round = 0; round < rounds; ++round)
                 {
                     mutex.lock();
-                    ky::test::writeFile(name, std::to_string(std::stol("0" + ky::test::readFile(name)) + 1));
+                    ky::test::writeFile(name, std::to_string(std::stol(ky::test::readFile(name)) + 1));
                     mutex.unlock();
                 }
             });

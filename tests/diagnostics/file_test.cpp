@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "diagnostics/file_holder.h"
 #include "diagnostics/log_checker.h"
 #include "support/child_process.h"
 #include "support/temp_dir.h"
@@ -10,6 +11,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <thread>
 
 namespace
@@ -311,6 +313,57 @@ TEST_F(LogFile, PlantedLinksAreNeitherFollowedNorFilled)
     log().installFileHandlerUtf8(planted);
     EXPECT_EQ(log().getCurrentLogFileNameUtf8(), "") << "creation does not follow a link";
     EXPECT_FALSE(exists(mDir.file("dangling")));
+}
+
+TEST_F(LogFile, AFileThatAViewerHoldsIsAppendedToUntilItIsFree)
+{
+    log().installFileHandlerExUtf8(mPath, 0, 1, 2);
+    line("a");
+    line("b");
+    for (const std::string& held : {mPath, rotated(0)})
+    {
+        const std::string before = readFile(mPath);
+        {
+            const ky::test::FileHolder viewer(held);
+            if (!viewer.holds())
+                GTEST_SKIP() << "files cannot be held on this platform";
+            line("c");
+            line("d");
+            EXPECT_EQ(readFile(mPath).substr(0, before.size()), before);
+            const std::string now = shortened(mPath);
+            EXPECT_EQ(now.substr(now.size() - 16), "INFO|c\r\nINFO|d\r\n") << held;
+        }
+        line("e");
+        EXPECT_EQ(shortened(mPath), "^INFO|e\r\n");
+        EXPECT_EQ(readFile(rotated(0)).substr(0, before.size()), before);
+    }
+}
+
+TEST_F(LogFile, AViewerThatLooksBrieflyDelaysTheRotationOnly)
+{
+    log().installFileHandlerExUtf8(mPath, 0, 1, 2);
+    line("a");
+    auto viewer = std::make_unique<ky::test::FileHolder>(mPath);
+    if (!viewer->holds())
+        GTEST_SKIP() << "files cannot be held on this platform";
+    std::thread end([&viewer] { viewer.reset(); });
+    line("b");
+    end.join();
+    line("c");
+    EXPECT_EQ(shortened(mPath), "^INFO|c\r\n");
+}
+
+TEST_F(LogFile, DevicesGetNoMarkAndMayRefuseEverything)
+{
+    for (const char* device : {"/dev/full", "/dev/null"})
+    {
+        if (!exists(device))
+            GTEST_SKIP() << "no such device here";
+        log().installFileHandlerExUtf8(device, 0, 10, 2);
+        EXPECT_EQ(log().getCurrentLogFileNameUtf8(), device);
+        line("swallowed");
+        EXPECT_FALSE(exists(std::string(device) + "_0.back"));
+    }
 }
 
 TEST_F(LogFile, TheLoggerMayBeMadeThreadSafeAfterTheInstallation)

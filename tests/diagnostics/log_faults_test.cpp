@@ -166,6 +166,16 @@ TEST_F(LogFaults, APartThatCannotBeCutAwayIsEnded)
     EXPECT_EQ(memoryFiles().content["log"], mark + "INFO : time 0\r\nINFO :\r\nINFO : time 2\r\n");
 }
 
+TEST_F(LogFaults, ADeviceGetsNoMarkHoweverEmptyItLooks)
+{
+    LogFile log;
+    log.setPath("device", -1, 0);
+    EXPECT_TRUE(log.prepare(0));
+    EXPECT_EQ(memoryFiles().content.count("device"), 0u) << "it exists: nothing is created";
+    writeLine(log, 0);
+    EXPECT_EQ(memoryFiles().content["device"], "INFO : time 0\r\n");
+}
+
 TEST_F(LogFaults, InstallationNeverDeletesWhatItCouldNotRotate)
 {
     memoryFiles().content["log"] = mark + "INFO : time 0\r\n";

@@ -147,6 +147,8 @@ void AppendFile::close() { mHandle = invalidHandle; }
 
 PathKind pathKind(const std::string& path)
 {
+    if (path == "device")
+        return PathKind::Other;
     return memoryFiles().content.count(path) == 0 ? PathKind::Nothing : PathKind::File;
 }
 

@@ -21,6 +21,7 @@ enum class FileCall
 
 struct MemoryFiles
 {
+    /// By name. "device" stands for something that is no ordinary file.
     std::map<std::string, std::string> content;
 
     /// Which calls fail, counted from 1: from `failFrom` on, `failCount` of them.

@@ -144,9 +144,19 @@ TEST(SharedLog, AForkedChildLogsWhileTheParentsThreadsDo)
                 }
             });
     }
-    int blocked = 0;
-    for (int f = 0; f < forks; ++f)
-        blocked += ky::test::forkAndRun([f] { ky::logInfo() << ky::test::makeMessage({1 + f, 0, 0}); }) ? 0 : 1;
+    std::atomic<int> next{0};
+    std::atomic<int> blocked{0};
+    const auto forkChildren = [&]
+    {
+        for (int f = next++; f < forks; f = next++)
+        {
+            if (!ky::test::forkAndRun([f] { ky::logInfo() << ky::test::makeMessage({1 + f, 0, 0}); }))
+                ++blocked;
+        }
+    };
+    std::thread secondForker(forkChildren);
+    forkChildren();
+    secondForker.join();
     stop = true;
     for (std::thread& logger : loggers)
         logger.join();
