@@ -2,6 +2,7 @@
 #include "variant/ini_text.h"
 
 #include "text/number_parse.h"
+#include "variant/variant_access.h"
 
 #include <ky/kyStringUtils.h>
 
@@ -133,7 +134,8 @@ private:
             if (created != nullptr)
                 created->setType(kyVariant::Type::Map);
             kyVariant& value = created != nullptr ? *created : map->find(key)->second;
-            map = value.getType() == kyVariant::Type::Map ? &value.editMap() : nullptr;
+            VariantAccess::complete(value);
+            map = VariantAccess::map(value);
             if (end == std::string_view::npos)
                 break;
             path.remove_prefix(end + 1);

@@ -65,7 +65,7 @@ bool writeEntry(std::string_view key, const kyVariant& value, std::string& text)
     text += key;
     text += '=';
     if (value.getType() == kyVariant::Type::String)
-        appendString(text, value.getString());
+        appendString(text, VariantAccess::string(value));
     else
         appendText(text, value);
     text += '\n';
@@ -93,12 +93,15 @@ bool isFlat(const IniMap& map)
     return true;
 }
 
-bool writeSection(const IniMap& map, std::string& text)
+bool writeSection(const kyVariant& section, std::string& text)
 {
-    if (isFlat(map))
-        return writeLeaves(map, text);
+    const IniMap* const map = VariantAccess::map(section);
+    if (map == nullptr)
+        return true;
+    if (isFlat(*map))
+        return writeLeaves(*map, text);
     IniMap leaves;
-    map.toFlattenMap(leaves, iniPathSeparator);
+    map->toFlattenMap(leaves, iniPathSeparator);
     return writeLeaves(leaves, text);
 }
 
@@ -110,7 +113,7 @@ bool writeIni(const IniMap& map, std::string& text)
     for (const auto& [key, value] : map)
     {
         if (value.getType() != kyVariant::Type::Map ? !writeEntry(key, value, text)
-                                                    : key == iniGeneral && !writeSection(value.getMap(), text))
+                                                    : key == iniGeneral && !writeSection(value, text))
             return false;
     }
     for (const auto& [key, value] : map)
@@ -118,7 +121,7 @@ bool writeIni(const IniMap& map, std::string& text)
         if (value.getType() != kyVariant::Type::Map || key == iniGeneral)
             continue;
         ((text += "\n[") += key) += "]\n";
-        if (!writeSection(value.getMap(), text))
+        if (!writeSection(value, text))
             return false;
     }
     return true;

@@ -109,6 +109,21 @@ TEST(IniSave, MergesWithTheFile)
     EXPECT_EQ(log.take(), Messages{"Fail to load " + dir.path()});
 }
 
+TEST(IniSave, ValuesThatSetTypeHasEmptied)
+{
+    const TempDir dir;
+    LogCapture log;
+    Map tree{{"r", 1.5}, {"t", "x"}, {"S", map({{"a", 1}})}, {"T", map({{"n", map({{"a", "x"}})}})}};
+    for (const char* const path : {"r", "t", "S", "T/n/a"})
+        tree.findPath(path)->setType(kyVariant::Type::Unknown);
+    EXPECT_TRUE(SaveIniFile(dir.file("t.ini"), tree, false));
+    EXPECT_EQ(readFile(dir.file("t.ini")), "[General]\nr=0\nt=\n\n[S]\n\n[T]\nn/a=\n");
+    writeFile(dir.file("t.ini"), "[S]\na=2\n");
+    EXPECT_TRUE(LoadIniFile(dir.file("t.ini"), tree));
+    EXPECT_EQ(tree.getValuePath("S/a"), kyVariant(2));
+    EXPECT_EQ(log.take(), Messages());
+}
+
 /// Texts that come back as they were: no blanks at the ends, nothing that looks like a number, no backslash in front of
 /// n, r or t.
 std::string randomText(std::mt19937& random)
