@@ -172,8 +172,10 @@ ErrorCode replaceFile(const std::string& temporary, const std::string& target)
     const std::string source = systemPath(temporary);
     if (stat(systemPath(target).c_str(), &info) == 0)
     {
-        // Ownership can be given away only by root; the permissions are what other readers depend on.
-        if (chown(source.c_str(), info.st_uid, info.st_gid) != 0 && errno != EPERM)
+        // Ownership can be given away only by root, but the group by each of its members; it and the permissions are
+        // what other users of the file depend on.
+        if (chown(source.c_str(), info.st_uid, info.st_gid) != 0 &&
+            chown(source.c_str(), static_cast<uid_t>(-1), info.st_gid) != 0 && errno != EPERM)
             return errno;
         if (chmod(source.c_str(), info.st_mode & 07777) != 0)
             return errno;
