@@ -80,7 +80,8 @@ ErrorCode renameFile(const std::string& from, const std::string& to);
 /// Whether the code says that the file, or a folder on the way to it, is not there.
 bool isMissingFile(ErrorCode code);
 
-/// Whether the code says that the system refuses to make or open the file here: rights, or a read-only volume.
+/// Whether the code says that the system refuses to make or open the file here: rights, a read-only volume, or a path
+/// that is too long (which Windows reports as missing).
 bool isRefusal(ErrorCode code);
 
 /// Whether another file can take the name's place: it is free, or leads to a regular file. Not a folder, a device, a

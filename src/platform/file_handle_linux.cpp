@@ -155,7 +155,7 @@ ErrorCode renameFile(const std::string& from, const std::string& to)
 
 bool isMissingFile(ErrorCode code) { return code == ENOENT || code == ENOTDIR; }
 
-bool isRefusal(ErrorCode code) { return code == EACCES || code == EPERM || code == EROFS; }
+bool isRefusal(ErrorCode code) { return code == EACCES || code == EPERM || code == EROFS || code == ENAMETOOLONG; }
 
 bool isReplaceable(const std::string& pathUtf8)
 {

@@ -100,7 +100,11 @@ Outcome writeBeside(const std::string& target, bool exists, std::string_view tex
         temporary = nameBeside(target);
         file = FileHandle::open(temporary, mode, error);
         if (!file.isOpen() && !native::pathExists(temporary))
-            return native::isRefusal(error) ? Outcome::NotPossible : Outcome::Failed;
+        {
+            // Missing may mean too long, which the shorter name of the target need not be.
+            const bool maySucceedInPlace = native::isRefusal(error) || native::isMissingFile(error);
+            return maySucceedInPlace ? Outcome::NotPossible : Outcome::Failed;
+        }
     }
     if (!file.isOpen())
         return Outcome::Failed;

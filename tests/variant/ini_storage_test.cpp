@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -46,6 +47,21 @@ TEST(IniStorage, LeavesNothingBesideTheFile)
     EXPECT_FALSE(SaveIniFile("", tree, false));
     EXPECT_EQ(entriesIn(dir), 2U);
     EXPECT_EQ(readFile(dir.file("t.ini")), text);
+}
+
+TEST(IniStorage, PathTooLongForAnotherNameBesideIt)
+{
+    const TempDir dir;
+    std::string folder = dir.path();
+    while (folder.size() < 4080)
+        folder.append("/").append(std::min<std::size_t>(200, 4080 - folder.size()), 'd');
+    std::error_code error;
+    fs::create_directories(toPath(folder), error);
+    if (error)
+        GTEST_SKIP() << "no paths of this length here";
+    EXPECT_TRUE(SaveIniFile(folder + "/t.ini", tree, false));
+    EXPECT_TRUE(SaveIniFile(folder + "/t.ini", tree, true));
+    EXPECT_EQ(readFile(folder + "/t.ini"), text);
 }
 
 TEST(IniStorage, KeepsRightsAndRespectsThem)
