@@ -8,7 +8,7 @@ namespace ky::impl
 namespace
 {
 
-constexpr std::size_t kMaximumCode = 20000;
+constexpr std::size_t kMaximumCode = 20000; // beyond what the pattern spells out itself
 constexpr int kMaximumDepth = 200;
 constexpr std::size_t kUnlimited = std::numeric_limits<std::size_t>::max();
 
@@ -85,7 +85,7 @@ bool PathAutomaton::parseTerm(int depth)
         return true;
     }
     const std::size_t start = code_.size();
-    return parseAtom(depth) && parseQuantifier(start) && code_.size() <= kMaximumCode;
+    return parseAtom(depth) && parseQuantifier(start) && code_.size() <= kMaximumCode + 2 * pattern_.size();
 }
 
 bool PathAutomaton::parseAtom(int depth)
@@ -244,7 +244,7 @@ bool PathAutomaton::repeat(std::size_t start, std::size_t minimum, std::size_t m
 {
     const std::vector<Instruction> once(code_.begin() + static_cast<std::ptrdiff_t>(start), code_.end());
     const std::size_t copies = maximum == kUnlimited ? minimum + 1 : maximum;
-    if (copies > kMaximumCode || copies * (once.size() + 1) > kMaximumCode)
+    if (copies > kMaximumCode || (copies > 1 && copies * (once.size() + 1) > kMaximumCode))
         return false;
     code_.resize(start);
     for (std::size_t i = 0; i < copies; ++i)

@@ -103,6 +103,21 @@ TEST(PathPattern, AgreesWithTheStandardLibraryOnRandomPatterns)
     EXPECT_GT(matches, 1000);
 }
 
+TEST(PathPattern, LongPatterns)
+{
+    std::string all = "none";
+    for (int i = 0; i < 20000; ++i)
+        all.append("|section/key").append(std::to_string(i));
+    for (const std::string& pattern : {std::string(200000, 'a'), all, "(" + all + ")*"})
+    {
+        PathMatcher matcher(pattern, false);
+        ASSERT_TRUE(matcher.isAutomatic());
+        const std::string last = pattern[0] == 'a' ? pattern : "section/key19999";
+        EXPECT_TRUE(matched(matcher, last, 3));
+        EXPECT_FALSE(matched(matcher, last + "0", 3));
+    }
+}
+
 TEST(PathPattern, LongPaths)
 {
     const std::string text(1000000, 'a');
