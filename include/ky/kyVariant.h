@@ -589,7 +589,10 @@ public:
     void toFlattenMap(kyVariantMapImpl& out, char separator) const;
     /// Erases every entry whose path, joined with '/', matches the ECMAScript regular expression `pattern` as a whole,
     /// together with what is below it; entries of maps in lists have the path of the list and '/' before their key.
-    /// Returns how many were erased. The only operation that throws for bad input: std::regex_error.
+    /// Returns how many were erased. The only operation that throws for bad input: std::regex_error, for a malformed
+    /// pattern, and for a path of more than 1000 bytes when the pattern has look-aheads, back references, word
+    /// boundaries or named classes; what was erased before then stays erased. Such patterns should be short: the
+    /// standard library recurses over them.
     std::size_t erasePathRegEx(const std::string& pattern, bool caseInsensitive = false);
 
     /// (key=value),(key=value)
