@@ -144,7 +144,7 @@ namespace
 {
 
 /// The logger whose lock a fork in progress holds.
-kyLog* sHeldForFork = nullptr;
+std::atomic<kyLog*> sHeldForFork{nullptr};
 
 } // namespace
 
@@ -160,7 +160,7 @@ void kyLog::holdForFork()
 
 void kyLog::releaseAfterFork()
 {
-    if (kyLog* const held = std::exchange(sHeldForFork, nullptr))
+    if (kyLog* const held = sHeldForFork.exchange(nullptr))
         held->releaseCriticalSection();
 }
 
