@@ -240,6 +240,8 @@ TEST_F(Logger, TextsPointersAndOtherTypesKeepTheirOrdinaryForm)
     EXPECT_EQ(composed(kyLogType::WARNING, std::complex<int>(1, 2), AsNumber()), "WARNING(1,2)42");
     EXPECT_EQ(composed(static_cast<signed char>('s'), static_cast<unsigned char>('u')), "su");
     EXPECT_EQ(composed(std::setw(5), 7, std::hex, 255, "|", std::setw(4), "x"), "    7ff|   x");
+    EXPECT_EQ(composed(std::hex, -1, short{-1}, -1LL), "ffffffffffffffffffffffffffff");
+    EXPECT_EQ(composed(true, std::boolalpha, true, false), "1truefalse");
 }
 
 TEST_F(Logger, AValueThatFailsOrThrowsCostsOnlyItself)
