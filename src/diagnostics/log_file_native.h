@@ -20,7 +20,7 @@ enum class PathKind
 PathKind pathKind(const std::string& pathUtf8);
 
 /// The live file while one line is written: open for appending, shared with everybody, created when missing, never
-/// inherited by child processes. Readable too where the file's rights allow it.
+/// inherited by child processes; creation follows no link on Linux. Readable too where the file's rights allow it.
 class AppendFile
 {
 public:

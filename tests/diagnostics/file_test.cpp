@@ -312,6 +312,8 @@ TEST_F(LogFile, PlantedLinksAreNeitherFollowedNorFilled)
     std::filesystem::create_symlink(toPath(mDir.file("dangling")), toPath(planted));
     log().installFileHandlerUtf8(planted);
     EXPECT_EQ(log().getCurrentLogFileNameUtf8(), "") << "creation does not follow a link";
+    log().installFileHandlerExUtf8(planted, kyLog::CreateAtFirstLine, -1, 0);
+    line("x");
     EXPECT_FALSE(exists(mDir.file("dangling")));
 }
 
