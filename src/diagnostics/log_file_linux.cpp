@@ -35,7 +35,7 @@ PathKind pathKind(const std::string& pathUtf8)
 {
     struct stat info = {};
     if (withSystemPath(pathUtf8, [&](const char* path) { return stat(path, &info); }) != 0)
-        return errno == ENOENT || errno == ENOTDIR ? PathKind::Nothing : PathKind::Other;
+        return errno == ENOENT || errno == ENOTDIR ? PathKind::Nothing : PathKind::Unknown;
     if (S_ISREG(info.st_mode))
         return PathKind::File;
     return S_ISDIR(info.st_mode) ? PathKind::Folder : PathKind::Other;

@@ -13,7 +13,8 @@ enum class PathKind
     Nothing, ///< no such name, or a link that leads nowhere
     File,    ///< an ordinary file
     Folder,
-    Other ///< a device, a pipe, or something that cannot be told
+    Other,  ///< a device or a pipe
+    Unknown ///< it cannot be told: no access, or a name that the system does not take
 };
 
 /// What the name leads to. UTF-8; on Linux '\' counts as '/'.

@@ -221,7 +221,7 @@ TEST_F(LogFile, AFailedInstallationIsReportedAndLeavesNoFile)
         },
         &messages);
     const std::string missing = mDir.file("none/x.log");
-    for (const std::string& path : {missing, mDir.path(), std::string()})
+    for (const std::string& path : {missing, mDir.path(), std::string(), mDir.file(std::string(300, 'x'))})
     {
         messages.clear();
         log().installFileHandlerExUtf8(path, 4, -1, 0);
