@@ -291,6 +291,8 @@ public:
         return *this;
     }
     kyLogObject& operator<<(char* text) { return *this << static_cast<const char*>(text); }
+    kyLogObject& operator<<(const signed char* text) { return *this << reinterpret_cast<const char*>(text); }
+    kyLogObject& operator<<(const unsigned char* text) { return *this << reinterpret_cast<const char*>(text); }
     kyLogObject& operator<<(std::nullptr_t) { return *this << static_cast<const char*>(nullptr); }
 
     kyLogObject& operator<<(const std::string& text) { return insert(std::string_view(text)); }

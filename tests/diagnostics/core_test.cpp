@@ -234,6 +234,8 @@ TEST_F(Logger, TextsPointersAndOtherTypesKeepTheirOrdinaryForm)
     EXPECT_EQ(composed("literal ", std::string("string "), std::string_view("view "), static_cast<char*>(writable)),
               "literal string view writable");
     EXPECT_EQ(composed(none, nullptr, static_cast<char*>(nullptr)), "[NullPtr][NullPtr][NullPtr]");
+    const unsigned char bytes[] = "bytes";
+    EXPECT_EQ(composed(bytes, static_cast<const signed char*>(nullptr)), "bytes[NullPtr]");
     EXPECT_EQ(composed(withNul), withNul);
     const auto* const address = reinterpret_cast<const int*>(std::uintptr_t{0xbeef});
     EXPECT_EQ(composed(address, static_cast<const void*>(nullptr)), "0xbeef0");
