@@ -106,11 +106,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     {
         const std::uint8_t operation = input.byte();
         const std::string path = input.path();
-        switch (operation % 6)
+        switch (operation % 10)
         {
         case 0:
         case 1:
-        case 2: put(tree, model, path, operation); break;
+        case 2:
+        case 5:
+        case 6: put(tree, model, path, operation); break;
         case 3:
             tree.erasePathRegEx(quoted(path), false);
             eraseBelow(model, path);

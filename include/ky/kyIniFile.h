@@ -21,10 +21,11 @@
 /// - a real keeps 6 significant digits;
 /// - a string that looks like a number or a boolean is read back as one, with the prefixes `0x` and `0` for
 ///   hexadecimal and octal (007 becomes the integer 7);
-/// - white space around a string is trimmed, quotes around a string that contains no other quote excepted;
+/// - white space at the ends of a string is trimmed, unless the string contains a double quote;
 /// - a backslash in front of the letters n, r or t is read as part of a line feed, carriage return or tab;
 /// - a list of one value is stored as that value, longer lists not at all;
-/// - keys that are empty, begin with `;` or `[`, or contain `=` or line breaks.
+/// - keys that are empty, begin with `;` or `[`, contain `=` or line breaks, or have white space at their
+///   ends.
 ///
 /// Both functions keep no state; calls for different maps may run at the same time. Calls that save one path at the
 /// same time leave the text of one of them.

@@ -173,6 +173,10 @@ public:
     /// Path of the log file as it was given, empty when there is none.
     [[nodiscard]] KY_API std::string getCurrentLogFileNameUtf8() const;
 
+    /// How many lines the present log file could not take since it was installed, because it could not be opened or
+    /// written. 0 without a log file.
+    [[nodiscard]] KY_API std::uint64_t getSkippedLineCount() const;
+
     /// Replaces the custom handler; null removes it. `userData` is passed on and never owned.
     KY_API void installCustomHandler(CustomHandler handler, void* userData);
 

@@ -585,7 +585,7 @@ public:
 
     /// Adds every leaf of the tree to `out` under its joined path, combining as multiInsert() does. The elements of a
     /// list are found under the list's path and one more separator, maps among them as if they stood in its place.
-    /// `out` may be this map.
+    /// `out` may be this map, but not a map below it.
     void toFlattenMap(kyVariantMapImpl& out, char separator) const;
     /// Erases every entry whose path, joined with '/', matches the ECMAScript regular expression `pattern` as a whole,
     /// together with what is below it; entries of maps in lists have the path of the list and '/' before their key.

@@ -295,6 +295,12 @@ std::string kyLog::getCurrentLogFileNameUtf8() const
     return mData->file.path();
 }
 
+std::uint64_t kyLog::getSkippedLineCount() const
+{
+    const CriticalSection section(*this);
+    return mData->file.skippedLines();
+}
+
 void kyLog::installCustomHandler(CustomHandler handler, void* userData)
 {
     const CriticalSection section(*this);

@@ -54,6 +54,7 @@ void LogFile::setPath(const std::string& pathUtf8, std::int64_t maxSizeBytes, in
     mMaxSize = maxSizeBytes;
     mFilesToKeep = std::clamp(filesToKeep, 0, maxFilesToKeep);
     mKnownSize = -1;
+    mSkippedLines = 0;
     mRefusedBefore = false;
 }
 
@@ -86,21 +87,26 @@ bool LogFile::create() const
 
 void LogFile::append(LogLine& line, bool exclusive)
 {
+    if (!tryAppend(line, exclusive))
+        ++mSkippedLines;
+}
+
+bool LogFile::tryAppend(LogLine& line, bool exclusive)
+{
     {
         AppendFile file(mPath);
         if (!file.isOpen())
-            return;
+            return false;
         const std::int64_t size = file.end();
         if (mMaxSize < 1 || size <= mMaxSize)
             return write(file, size, line, exclusive);
     }
     startAnew(rotate());
     AppendFile file(mPath);
-    if (file.isOpen())
-        write(file, file.end(), line, exclusive);
+    return file.isOpen() && write(file, file.end(), line, exclusive);
 }
 
-void LogFile::write(AppendFile& file, std::int64_t size, LogLine& line, bool exclusive)
+bool LogFile::write(AppendFile& file, std::int64_t size, LogLine& line, bool exclusive)
 {
     std::string_view head;
     if (size == 0 && native::pathKind(mPath) == PathKind::File)
@@ -119,10 +125,11 @@ void LogFile::write(AppendFile& file, std::int64_t size, LogLine& line, bool exc
     step(LogStep::AfterWrite);
     mKnownSize = ok ? size + total : -1;
     if (ok || total == 0 || file.end() != size + total)
-        return;
+        return ok;
     // The disk is full. Without the part that still went in, the log goes on with whole lines when there is room again.
     file.close();
     native::cutFile(mPath, size);
+    return false;
 }
 
 LogFile::Rotation LogFile::rotate()

@@ -38,6 +38,9 @@ public:
     /// can be writing.
     void append(LogLine& line, bool exclusive);
 
+    /// Lines that did not get into the file as a whole since the path was set.
+    std::uint64_t skippedLines() const { return mSkippedLines; }
+
 private:
     enum class Rotation
     {
@@ -53,13 +56,15 @@ private:
     std::string rotatedName(int index) const;
     void startAnew(Rotation rotation) const;
     bool create() const;
-    void write(native::AppendFile& file, std::int64_t size, LogLine& line, bool exclusive);
+    bool tryAppend(LogLine& line, bool exclusive);
+    bool write(native::AppendFile& file, std::int64_t size, LogLine& line, bool exclusive);
 
     std::string mPath;
     std::int64_t mMaxSize = -1;
     int mFilesToKeep = 0;
     /// Size that our last line left; a file of this size ends with a whole line.
     std::int64_t mKnownSize = -1;
+    std::uint64_t mSkippedLines = 0;
     /// A rotation was refused: do not wait again before every line.
     bool mRefusedBefore = false;
 };

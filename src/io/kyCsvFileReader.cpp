@@ -251,7 +251,11 @@ bool kyCsvFileReader::refill()
     if (got < wanted) // the file has become shorter since its size was taken
         mFileSize = mBytesRead;
     if (atStart && std::string_view(mReadBuffer.data(), mBufferEnd).substr(0, byteOrderMark.size()) == byteOrderMark)
+    {
         mBufferPos = byteOrderMark.size();
+        if (mBufferEnd - mBufferPos < longestSequence && mBytesRead != mFileSize)
+            return refill();
+    }
     return true;
 }
 

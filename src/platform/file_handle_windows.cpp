@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/file_handle.h"
 
-#include "platform/access_rights_windows.h"
+#include "platform/replace_windows.h"
 #include "platform/wide_windows.h"
 #include "platform/win32.h"
 
@@ -167,14 +167,15 @@ bool isReplaceable(const std::string& pathUtf8)
 ErrorCode replaceFile(const std::string& temporary, const std::string& target)
 {
     // Not ReplaceFileW: for a moment it leaves nothing under the target's name. A rename is one step.
+    const std::wstring from = widePath(temporary);
     const std::wstring to = widePath(target);
     const DWORD attributes = GetFileAttributesW(to.c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES)
     {
-        copyAccessRights(to, widePath(temporary));
-        SetFileAttributesW(widePath(temporary).c_str(), attributes);
+        copyAccessRights(to, from);
+        SetFileAttributesW(from.c_str(), attributes);
     }
-    return renameFile(temporary, target);
+    return renameOverOpenFile(from, to) ? 0 : renameFile(temporary, target);
 }
 
 std::string resolveLinks(const std::string& pathUtf8)

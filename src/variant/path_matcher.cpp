@@ -25,11 +25,13 @@ std::regex compileRegex(const std::string& pattern, bool caseInsensitive)
 } // namespace
 
 PathMatcher::PathMatcher(const std::string& pattern, bool caseInsensitive)
-    : regex_(compileRegex(pattern, caseInsensitive)),
-      automatic_(automaton_.compile(pattern, caseInsensitive))
+    : automatic_(automaton_.compile(pattern, caseInsensitive))
 {
+    // The automaton declines whatever is malformed, too.
     if (automatic_)
         restart();
+    else
+        regex_ = compileRegex(pattern, caseInsensitive);
 }
 
 void PathMatcher::restart()
@@ -126,7 +128,7 @@ bool PathMatcher::matches()
     {
         if (path_.size() > kMaximumRecursivePath)
             throw std::regex_error(std::regex_constants::error_stack);
-        return std::regex_match(path_, regex_);
+        return std::regex_match(path_, *regex_);
     }
     const bool empty = begin_ == 0; // the only set that no byte has led to
     next_.clear();

@@ -6,6 +6,7 @@
 #include <bitset>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <regex>
 #include <string>
 #include <string_view>
@@ -37,8 +38,8 @@ public:
     };
     using Bytes = std::bitset<256>;
 
-    /// `pattern` must be known to be well-formed. False if it needs more than an automaton (look-ahead, word
-    /// boundaries, named classes) or becomes too large.
+    /// False if the pattern needs more than an automaton (look-ahead, word boundaries, named classes), becomes too
+    /// large or is not well-formed.
     bool compile(std::string_view pattern, bool caseInsensitive);
 
     [[nodiscard]] const std::vector<Instruction>& code() const noexcept { return code_; }
@@ -99,9 +100,9 @@ private:
     void step(unsigned char byte);
     void close(std::uint32_t state, bool atBegin, bool atEnd);
 
-    std::regex regex_;
     PathAutomaton automaton_;
     bool automatic_;
+    std::optional<std::regex> regex_;   ///< without the automaton
     std::string path_;                  ///< without the automaton
     std::vector<std::uint32_t> states_; ///< state sets of the current path and of those above it
     std::size_t begin_ = 0;             ///< of the current set

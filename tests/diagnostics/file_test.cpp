@@ -210,6 +210,20 @@ TEST_F(LogFile, NoMoreThan128FilesAreKept)
     EXPECT_EQ(shortened(rotated(127)), "^INFO|11\r\n");
 }
 
+TEST_F(LogFile, LinesThatTheFileCouldNotTakeAreCounted)
+{
+    log().installFileHandlerExUtf8(mPath, 8, -1, 0);
+    line("taken");
+    EXPECT_EQ(log().getSkippedLineCount(), 0u);
+    log().installFileHandlerExUtf8(mDir.file("none/x.log"), 8, -1, 0);
+    line("lost");
+    line("lost");
+    EXPECT_EQ(log().getSkippedLineCount(), 2u);
+    log().removeFileHandler();
+    line("no file, nothing lost");
+    EXPECT_EQ(log().getSkippedLineCount(), 0u);
+}
+
 TEST_F(LogFile, AFailedInstallationIsReportedAndLeavesNoFile)
 {
     std::vector<std::string> messages;

@@ -95,6 +95,12 @@ TEST(CsvProperty, AgreesAtEveryCutAndEveryPortion)
         const BlockSize block(4 + cut % 13);
         ASSERT_NO_FATAL_FAILURE(expectAgreement(dir, text.substr(0, cut), {}, {cut % 4, cut % 2 == 0}));
     }
+    // The mark may leave less than a whole character in the first block.
+    for (std::size_t size = 4; size < 12; ++size)
+    {
+        const BlockSize block(size);
+        ASSERT_NO_FATAL_FAILURE(expectAgreement(dir, "\xEF\xBB\xBF\xF0\x9F\x98\x80\xE2\x82\xAC,b\n", {}, {1, true}));
+    }
     std::string rows;
     for (int i = 0; i < 5000; ++i)
         rows += randomText(random, {"a,b", "\"c\nd\",e", "", "f,\xC3\xA4,\"\""}, 1) + "\n";

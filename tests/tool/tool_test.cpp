@@ -135,6 +135,7 @@ TEST_F(Tool, LogAppendsWholeLinesFromSeveralProcesses)
     const std::string content = readFile(file);
     EXPECT_EQ(std::count(content.begin(), content.end(), '\n'), 5);
 
+    EXPECT_EQ(ky({"log", dir.path(), "x"}).exitCode, 1) << "a folder takes no lines";
     const Result folder = ky({"log", dir.path() + "/none/x.log", "x"});
     EXPECT_EQ(folder.exitCode, 1);
     EXPECT_THAT(folder.output, HasSubstr("none/x.log"));

@@ -135,8 +135,11 @@ TEST(VariantErase, WholePathsOnly)
         EXPECT_EQ(map.toString(), row.left != nullptr ? row.left : tree.toString()) << row.pattern;
     }
     Map map = tree;
-    EXPECT_THROW(map.erasePathRegEx("a(", false), std::regex_error);
-    EXPECT_THROW(map.erasePathRegEx("[b-a]", false), std::regex_error);
+    for (const char* const malformed :
+         {"a(", "a)", "(?<a>b)", "*a", "a|*", "a**{", "a{2,1}", "a{", "[b-a]", "[a", "[a-", "\\", "[[:nope:]]"})
+    {
+        EXPECT_THROW(map.erasePathRegEx(malformed, false), std::regex_error) << malformed;
+    }
     EXPECT_EQ(map, tree);
 }
 

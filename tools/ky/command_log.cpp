@@ -49,6 +49,8 @@ ExitCode runLog(const LogOptions& options)
             line.pop_back();
         log.Write(line, type, options.qualifier);
     }
+    if (log.getSkippedLineCount() != 0)
+        return fail(options.file, std::to_string(log.getSkippedLineCount()) + " line(s) could not be written");
     return Done;
 }
 
