@@ -120,7 +120,7 @@ TEST(SharedLog, AProcessThatLeavesWhileItLogsEnds)
 TEST(SharedLog, AForkedChildLogsWhileTheParentsThreadsDo)
 {
     if (!ky::test::canFork())
-        GTEST_SKIP() << "no fork on this platform";
+        GTEST_SKIP() << "no fork here";
     constexpr int threads = 4;
     const int forks = isSoak() ? 1000 : 60;
     const TempDir dir;
