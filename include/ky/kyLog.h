@@ -295,17 +295,19 @@ public:
         return *this;
     }
     kyLogObject& operator<<(char* text) { return *this << static_cast<const char*>(text); }
+    kyLogObject& operator<<(const signed char* text) { return *this << reinterpret_cast<const char*>(text); }
+    kyLogObject& operator<<(const unsigned char* text) { return *this << reinterpret_cast<const char*>(text); }
     kyLogObject& operator<<(std::nullptr_t) { return *this << static_cast<const char*>(nullptr); }
 
     kyLogObject& operator<<(const std::string& text) { return insert(std::string_view(text)); }
     kyLogObject& operator<<(std::string_view text) { return insert(text); }
     kyLogObject& operator<<(char value) { return insert(std::string_view(&value, 1)); }
-    kyLogObject& operator<<(bool value) { return insert(static_cast<long long>(value)); }
-    kyLogObject& operator<<(short value) { return insert(static_cast<long long>(value)); }
+    kyLogObject& operator<<(bool value) { return insert(value); }
+    kyLogObject& operator<<(short value) { return insert(value); }
     kyLogObject& operator<<(unsigned short value) { return insert(static_cast<unsigned long long>(value)); }
-    kyLogObject& operator<<(int value) { return insert(static_cast<long long>(value)); }
+    kyLogObject& operator<<(int value) { return insert(value); }
     kyLogObject& operator<<(unsigned int value) { return insert(static_cast<unsigned long long>(value)); }
-    kyLogObject& operator<<(long value) { return insert(static_cast<long long>(value)); }
+    kyLogObject& operator<<(long value) { return insert(value); }
     kyLogObject& operator<<(unsigned long value) { return insert(static_cast<unsigned long long>(value)); }
     kyLogObject& operator<<(long long value) { return insert(value); }
     kyLogObject& operator<<(unsigned long long value) { return insert(value); }
@@ -349,6 +351,11 @@ private:
 
     KY_API void keepNames(const char* qualifier, const char* systemLogSource) noexcept;
     KY_API void append(std::string_view text) noexcept;
+    // Signed types stay apart: under std::hex a negative value shows the width of its type.
+    KY_API void append(bool value) noexcept;
+    KY_API void append(short value) noexcept;
+    KY_API void append(int value) noexcept;
+    KY_API void append(long value) noexcept;
     KY_API void append(long long value) noexcept;
     KY_API void append(unsigned long long value) noexcept;
     KY_API void append(double value) noexcept;

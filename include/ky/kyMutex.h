@@ -51,7 +51,8 @@ private:
 /// Recursive mutex of one process with a time limit for locking: an unnamed kernel mutex on Windows, a robust mutex on
 /// Linux. When a thread ends while it owns the mutex, the mutex is abandoned and free for others.
 ///
-/// Thread-safe as kyMutex is, with the same message before full initialization.
+/// Thread-safe as kyMutex is, with the same message before full initialization. A child made by `fork()` cannot use a
+/// kyMutex2 that any thread owned at the fork: it stays owned for ever there.
 class KY_API kyMutex2
 {
 public:

@@ -37,7 +37,8 @@ enum class InitType : std::int32_t
 KY_API void initializeKySystem(InitType type, bool queryMainDisk = false);
 
 /// Takes one initialization back; the last one tears everything down, the logger last. A call without a matching
-/// initialization is counted as well: the next initialization then only levels the count and initializes nothing.
+/// initialization is counted as well: the next initialization then only levels the count and brings up nothing of the
+/// light level, the logger included.
 KY_API void terminateKySystem();
 
 /// Whether the library is fully initialized. Also runs the fork detector. Safe from any thread.

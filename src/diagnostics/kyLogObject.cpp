@@ -94,7 +94,7 @@ void put(LogText& text, Value value)
     if constexpr (std::is_floating_point_v<Value>)
         end = std::to_chars(digits, digits + sizeof(digits), value, std::chars_format::general, 6);
     else
-        end = std::to_chars(digits, digits + sizeof(digits), value);
+        end = std::to_chars(digits, digits + sizeof(digits), +value); // + because a bool has no digits of its own
     text.content.append(digits, end.ptr);
 }
 
@@ -159,6 +159,14 @@ impl::LogText* kyLogObject::text() noexcept
 }
 
 void kyLogObject::append(std::string_view value) noexcept { impl::putSafely(text(), value); }
+
+void kyLogObject::append(bool value) noexcept { impl::putSafely(text(), value); }
+
+void kyLogObject::append(short value) noexcept { impl::putSafely(text(), value); }
+
+void kyLogObject::append(int value) noexcept { impl::putSafely(text(), value); }
+
+void kyLogObject::append(long value) noexcept { impl::putSafely(text(), value); }
 
 void kyLogObject::append(long long value) noexcept { impl::putSafely(text(), value); }
 

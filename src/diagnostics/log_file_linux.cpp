@@ -35,7 +35,7 @@ PathKind pathKind(const std::string& pathUtf8)
 {
     struct stat info = {};
     if (withSystemPath(pathUtf8, [&](const char* path) { return stat(path, &info); }) != 0)
-        return errno == ENOENT || errno == ENOTDIR ? PathKind::Nothing : PathKind::Other;
+        return errno == ENOENT || errno == ENOTDIR ? PathKind::Nothing : PathKind::Unknown;
     if (S_ISREG(info.st_mode))
         return PathKind::File;
     return S_ISDIR(info.st_mode) ? PathKind::Folder : PathKind::Other;
@@ -43,15 +43,24 @@ PathKind pathKind(const std::string& pathUtf8)
 
 AppendFile::AppendFile(const std::string& pathUtf8)
 {
-    constexpr int flags = O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY;
+    constexpr int flags = O_APPEND | O_CLOEXEC | O_NOCTTY;
     const auto openAs = [&](int access)
     {
         return withSystemPath(pathUtf8, [&](const char* path)
                               { return retryInterrupted([&] { return ::open(path, flags | access, 0666); }); });
     };
-    mHandle = openAs(O_RDWR);
-    if (mHandle == invalidHandle && errno == EACCES)
-        mHandle = openAs(O_WRONLY);
+    // Exclusive creation follows no link that leads nowhere. Others may create and rename the file meanwhile.
+    for (int attempt = 0; attempt < 3; ++attempt)
+    {
+        mHandle = openAs(O_RDWR);
+        if (!isOpen() && errno == EACCES)
+            mHandle = openAs(O_WRONLY);
+        if (isOpen() || errno != ENOENT)
+            return;
+        mHandle = openAs(O_RDWR | O_CREAT | O_EXCL);
+        if (isOpen() || errno != EEXIST)
+            return;
+    }
 }
 
 std::int64_t AppendFile::end() const { return lseek(toDescriptor(mHandle), 0, SEEK_END); }

@@ -13,14 +13,15 @@ enum class PathKind
     Nothing, ///< no such name, or a link that leads nowhere
     File,    ///< an ordinary file
     Folder,
-    Other ///< a device, a pipe, or something that cannot be told
+    Other,  ///< a device or a pipe
+    Unknown ///< it cannot be told: no access, or a name that the system does not take
 };
 
 /// What the name leads to. UTF-8; on Linux '\' counts as '/'.
 PathKind pathKind(const std::string& pathUtf8);
 
 /// The live file while one line is written: open for appending, shared with everybody, created when missing, never
-/// inherited by child processes. Readable too where the file's rights allow it.
+/// inherited by child processes; creation follows no link on Linux. Readable too where the file's rights allow it.
 class AppendFile
 {
 public:

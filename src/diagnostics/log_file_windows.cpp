@@ -30,7 +30,7 @@ PathKind pathKind(const std::string& pathUtf8)
     }
     const DWORD error = GetLastError();
     const bool missing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND || error == ERROR_INVALID_NAME;
-    return missing ? PathKind::Nothing : PathKind::Other;
+    return missing ? PathKind::Nothing : PathKind::Unknown;
 }
 
 AppendFile::AppendFile(const std::string& pathUtf8)

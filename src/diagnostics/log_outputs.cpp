@@ -20,6 +20,8 @@ void writeToStandardOutput(LogLine& line) noexcept
 {
     try
     {
+        // A static object of a program with the static library may log before the stream exists.
+        static const std::ios_base::Init streamsExist;
         // Past the stream's own state: an earlier failure or a field width set by the program must not matter, and two
         // threads may write at once.
         std::streambuf* const out = std::cout.rdbuf();

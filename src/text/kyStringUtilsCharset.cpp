@@ -45,6 +45,7 @@ String resultOf(bool converted, String& result, const char* message)
 {
     if (converted)
         return std::move(result);
+    static const std::ios_base::Init streamsExist; // static objects may convert before
     std::cout << message << std::endl;
     return {};
 }

@@ -234,12 +234,16 @@ TEST_F(Logger, TextsPointersAndOtherTypesKeepTheirOrdinaryForm)
     EXPECT_EQ(composed("literal ", std::string("string "), std::string_view("view "), static_cast<char*>(writable)),
               "literal string view writable");
     EXPECT_EQ(composed(none, nullptr, static_cast<char*>(nullptr)), "[NullPtr][NullPtr][NullPtr]");
+    const unsigned char bytes[] = "bytes";
+    EXPECT_EQ(composed(bytes, static_cast<const signed char*>(nullptr)), "bytes[NullPtr]");
     EXPECT_EQ(composed(withNul), withNul);
     const auto* const address = reinterpret_cast<const int*>(std::uintptr_t{0xbeef});
     EXPECT_EQ(composed(address, static_cast<const void*>(nullptr)), "0xbeef0");
     EXPECT_EQ(composed(kyLogType::WARNING, std::complex<int>(1, 2), AsNumber()), "WARNING(1,2)42");
     EXPECT_EQ(composed(static_cast<signed char>('s'), static_cast<unsigned char>('u')), "su");
     EXPECT_EQ(composed(std::setw(5), 7, std::hex, 255, "|", std::setw(4), "x"), "    7ff|   x");
+    EXPECT_EQ(composed(std::hex, -1, short{-1}, -1LL), "ffffffffffffffffffffffffffff");
+    EXPECT_EQ(composed(true, std::boolalpha, true, false), "1truefalse");
 }
 
 TEST_F(Logger, AValueThatFailsOrThrowsCostsOnlyItself)

@@ -235,7 +235,7 @@ TEST_F(LogFile, AFailedInstallationIsReportedAndLeavesNoFile)
         },
         &messages);
     const std::string missing = mDir.file("none/x.log");
-    for (const std::string& path : {missing, mDir.path(), std::string()})
+    for (const std::string& path : {missing, mDir.path(), std::string(), mDir.file(std::string(300, 'x'))})
     {
         messages.clear();
         log().installFileHandlerExUtf8(path, 4, -1, 0);
@@ -326,6 +326,8 @@ TEST_F(LogFile, PlantedLinksAreNeitherFollowedNorFilled)
     std::filesystem::create_symlink(toPath(mDir.file("dangling")), toPath(planted));
     log().installFileHandlerUtf8(planted);
     EXPECT_EQ(log().getCurrentLogFileNameUtf8(), "") << "creation does not follow a link";
+    log().installFileHandlerExUtf8(planted, kyLog::CreateAtFirstLine, -1, 0);
+    line("x");
     EXPECT_FALSE(exists(mDir.file("dangling")));
 }
 

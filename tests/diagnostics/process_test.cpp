@@ -196,4 +196,11 @@ TEST(StandardOutput, GetsEveryTypeWithThePrefix)
                      "WARNING :  echo \xC3\xA4\xE6\x97\xA5\nUNKNOWN(q) :  direct\n");
 }
 
+TEST(StandardOutput, IsThereForTheStaticObjectsOfAProgram)
+{
+    const TempDir dir;
+    EXPECT_EQ(ChildProcess::program("ky_early_message", {}, dir.file("out")).wait(), 0);
+    EXPECT_NE(ky::test::readFile(dir.file("out")).find(" early message"), std::string::npos);
+}
+
 } // namespace

@@ -33,6 +33,10 @@ bool kyLog::isDebugSubTypeEnabled(const char*) { return ++sCalls > 0; }
 
 void kyLogObject::keepNames(const char*, const char*) noexcept { ++sCalls; }
 void kyLogObject::append(std::string_view) noexcept { ++sCalls; }
+void kyLogObject::append(bool) noexcept { ++sCalls; }
+void kyLogObject::append(short) noexcept { ++sCalls; }
+void kyLogObject::append(int) noexcept { ++sCalls; }
+void kyLogObject::append(long) noexcept { ++sCalls; }
 void kyLogObject::append(long long) noexcept { ++sCalls; }
 void kyLogObject::append(unsigned long long) noexcept { ++sCalls; }
 void kyLogObject::append(double) noexcept { ++sCalls; }
