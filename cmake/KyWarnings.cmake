@@ -2,7 +2,8 @@
 add_library(ky_build_options INTERFACE)
 
 if(MSVC)
-  target_compile_options(ky_build_options INTERFACE /W4 /utf-8 /permissive- $<$<BOOL:${KYSYSTEM_WERROR}>:/WX>)
+  # 4251: members of standard types in exported classes; program and library come from one compiler family anyway.
+  target_compile_options(ky_build_options INTERFACE /W4 /wd4251 /utf-8 /permissive- $<$<BOOL:${KYSYSTEM_WERROR}>:/WX>)
 else()
   target_compile_options(ky_build_options INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor -Wcast-align -Wold-style-cast

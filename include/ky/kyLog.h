@@ -41,6 +41,8 @@ enum class kyLogType : std::int32_t
     Debug = DEBUG
 };
 
+class kyMutex;
+
 namespace impl
 {
 struct LogData;
@@ -197,8 +199,9 @@ private:
     explicit kyLog(bool threadSafe);
     ~kyLog();
 
-    void takeCriticalSection() const;
-    void releaseCriticalSection() const;
+    /// The lock that was entered, null while there is none: a custom handler may make the logger thread-safe meanwhile.
+    kyMutex* takeCriticalSection() const;
+    static void releaseCriticalSection(kyMutex* taken);
     void announceBlacklist();
     static void holdForFork();
     static void releaseAfterFork();

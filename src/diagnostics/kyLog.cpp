@@ -96,13 +96,13 @@ kyLog* kyLog::msInstance = nullptr;
 class kyLog::CriticalSection
 {
 public:
-    explicit CriticalSection(const kyLog& log) : mLog(log) { mLog.takeCriticalSection(); }
-    ~CriticalSection() { mLog.releaseCriticalSection(); }
+    explicit CriticalSection(const kyLog& log) : mTaken(log.takeCriticalSection()) {}
+    ~CriticalSection() { releaseCriticalSection(mTaken); }
     CriticalSection(const CriticalSection&) = delete;
     CriticalSection& operator=(const CriticalSection&) = delete;
 
 private:
-    const kyLog& mLog;
+    kyMutex* mTaken;
 };
 
 kyLog::kyLog(bool threadSafe) : mData(new impl::LogData)
@@ -144,7 +144,7 @@ namespace
 {
 
 /// The logger whose lock a fork in progress holds.
-std::atomic<kyLog*> sHeldForFork{nullptr};
+std::atomic<kyMutex*> sHeldForFork{nullptr};
 
 } // namespace
 
@@ -154,14 +154,13 @@ void kyLog::holdForFork()
     if (log == nullptr)
         return;
     // Noted under the lock: two threads may fork at once.
-    log->takeCriticalSection();
-    sHeldForFork = log;
+    kyMutex* const taken = log->takeCriticalSection();
+    sHeldForFork = taken;
 }
 
 void kyLog::releaseAfterFork()
 {
-    if (kyLog* const held = sHeldForFork.exchange(nullptr))
-        held->releaseCriticalSection();
+    releaseCriticalSection(sHeldForFork.exchange(nullptr));
 }
 
 void kyLog::makeThreadSafe()
@@ -175,16 +174,18 @@ void kyLog::makeThreadSafe()
         mData->fileLock = std::make_unique<kyMutexSystem>(mData->file.path().c_str());
 }
 
-void kyLog::takeCriticalSection() const
+kyMutex* kyLog::takeCriticalSection() const
 {
-    if (mData->lock != nullptr)
-        mData->lock->lock();
+    kyMutex* const lock = mData->lock.get();
+    if (lock != nullptr)
+        lock->lock();
+    return lock;
 }
 
-void kyLog::releaseCriticalSection() const
+void kyLog::releaseCriticalSection(kyMutex* taken)
 {
-    if (mData->lock != nullptr)
-        mData->lock->unlock();
+    if (taken != nullptr)
+        taken->unlock();
 }
 
 void kyLog::setEchoToConsole(bool echo) { mData->echo.store(echo, std::memory_order_relaxed); }

@@ -18,16 +18,17 @@ namespace
 
 using impl::LibraryState;
 
-// Function statics: a client's static object may initialize the library before this file's statics exist.
+// Made at first use and never destroyed: static objects of clients may initialize before this file's statics exist, and
+// terminate after they are gone.
 impl::LibInitCounter& lightCounter()
 {
-    static impl::LibInitCounter counter("systemlight", true);
+    static impl::LibInitCounter& counter = *new impl::LibInitCounter("systemlight", true);
     return counter;
 }
 
 impl::LibInitCounter& fullCounter()
 {
-    static impl::LibInitCounter counter("systemfull", false);
+    static impl::LibInitCounter& counter = *new impl::LibInitCounter("systemfull", false);
     return counter;
 }
 
