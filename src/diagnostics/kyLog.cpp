@@ -158,10 +158,7 @@ void kyLog::holdForFork()
     sHeldForFork = taken;
 }
 
-void kyLog::releaseAfterFork()
-{
-    releaseCriticalSection(sHeldForFork.exchange(nullptr));
-}
+void kyLog::releaseAfterFork() { releaseCriticalSection(sHeldForFork.exchange(nullptr)); }
 
 void kyLog::makeThreadSafe()
 {
