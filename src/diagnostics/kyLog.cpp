@@ -260,11 +260,10 @@ void kyLog::installFileHandlerExUtf8(const std::string& pathUtf8, int flags, lon
     bool installed = false;
     {
         const CriticalSection section(*this);
-        const std::string path = pathUtf8;
         removeFileHandler();
-        mData->file.setPath(path, maxSizeBytes, filesToKeep);
-        if (!path.empty() && impl::libraryState() == impl::LibraryState::Full)
-            mData->fileLock = std::make_unique<kyMutexSystem>(path.c_str());
+        mData->file.setPath(pathUtf8, maxSizeBytes, filesToKeep);
+        if (!pathUtf8.empty() && impl::libraryState() == impl::LibraryState::Full)
+            mData->fileLock = std::make_unique<kyMutexSystem>(pathUtf8.c_str());
         setEchoToConsole((flags & EchoToStandardOutput) != 0);
         const impl::FileSection fileSection(mData->fileLock.get());
         installed = mData->file.prepare(flags);
