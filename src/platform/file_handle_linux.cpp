@@ -50,18 +50,6 @@ int toDescriptor(std::intptr_t handle) { return static_cast<int>(handle); }
 
 } // namespace
 
-FileHandle::FileHandle(FileHandle&& other) noexcept : mHandle(std::exchange(other.mHandle, invalidHandle)) {}
-
-FileHandle& FileHandle::operator=(FileHandle&& other) noexcept
-{
-    if (this != &other)
-    {
-        close();
-        mHandle = std::exchange(other.mHandle, invalidHandle);
-    }
-    return *this;
-}
-
 FileHandle FileHandle::open(const std::string& pathUtf8, OpenMode mode, ErrorCode& error)
 {
     FileHandle file;

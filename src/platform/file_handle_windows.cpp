@@ -47,18 +47,6 @@ ErrorCode lastError() { return static_cast<ErrorCode>(GetLastError()); }
 
 } // namespace
 
-FileHandle::FileHandle(FileHandle&& other) noexcept : mHandle(std::exchange(other.mHandle, invalidHandle)) {}
-
-FileHandle& FileHandle::operator=(FileHandle&& other) noexcept
-{
-    if (this != &other)
-    {
-        close();
-        mHandle = std::exchange(other.mHandle, invalidHandle);
-    }
-    return *this;
-}
-
 FileHandle FileHandle::open(const std::string& pathUtf8, OpenMode mode, ErrorCode& error)
 {
     FileHandle file;
