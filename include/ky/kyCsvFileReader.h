@@ -18,6 +18,11 @@
 namespace ky
 {
 
+namespace impl
+{
+class CsvWalk;
+} // namespace impl
+
 /// Parses a UTF-8 CSV file into a table, at one go or a bounded number of rows at a time.
 ///
 /// The format:
@@ -120,7 +125,7 @@ private:
     [[noreturn]] void throwDecoderError() const;
     bool consume(Scan& scan, std::size_t size);
     bool consumePlainCells(Scan& scan);
-    bool consumeQuotedCell(Scan& scan);
+    bool consumeQuotedCell(Scan& scan, impl::CsvWalk& walk);
     bool consumeUnquoted(Scan& scan);
     bool consumeQuoted(Scan& scan);
     bool addRun(Scan& scan, char* to);

@@ -52,45 +52,9 @@ public:
         return from;
     }
 
-    /// Goes from one to the next over a text that does not change on the way.
-    class Walk
-    {
-    public:
-        Walk(const CsvSpecials& specials, char* from, char* end) : mSpecials(specials), mBlock(from), mEnd(end)
-        {
-            mFound = mSpecials.blockMask(mBlock, mEnd);
-        }
-
-        /// Null when there is no further one.
-        char* next()
-        {
-            while (mFound == 0)
-            {
-                if (mEnd - mBlock <= blockSize)
-                    return nullptr;
-                mBlock += blockSize;
-                mFound = mSpecials.blockMask(mBlock, mEnd);
-            }
-            char* const special = mBlock + std::countr_zero(mFound);
-            mFound &= mFound - 1;
-            return special;
-        }
-
-    private:
-        const CsvSpecials& mSpecials;
-        char* mBlock;
-        char* mEnd;
-        std::uint64_t mFound;
-    };
-
-private:
     static constexpr std::ptrdiff_t blockSize = 64;
 
-    [[nodiscard]] bool isSpecial(char byte) const
-    {
-        return byte == mQuote || byte == mDelimiter || byte == '\n' || byte == '\r';
-    }
-    /// Bit n stands for byte n.
+    /// Of the first `blockSize` bytes at most; bit n stands for byte n.
     std::uint64_t blockMask(const char* from, const char* end) const
     {
         std::uint64_t found = 0;
@@ -103,6 +67,12 @@ private:
         for (; i < size; ++i)
             found |= std::uint64_t{isSpecial(from[i])} << i;
         return found;
+    }
+
+private:
+    [[nodiscard]] bool isSpecial(char byte) const
+    {
+        return byte == mQuote || byte == mDelimiter || byte == '\n' || byte == '\r';
     }
 #if KY_ARCH_X64
     unsigned mask(const char* from) const
@@ -118,6 +88,46 @@ private:
 
     char mQuote;
     char mDelimiter;
+};
+
+/// Goes from one special byte to the next. The text may change behind, not ahead.
+class CsvWalk
+{
+public:
+    CsvWalk(const CsvSpecials& specials, char* from, char* end) : mSpecials(specials), mBlock(from), mEnd(end)
+    {
+        mFound = mSpecials.blockMask(mBlock, mEnd);
+    }
+
+    /// Null when there is no further one.
+    char* next()
+    {
+        while (mFound == 0)
+        {
+            if (mEnd - mBlock <= CsvSpecials::blockSize)
+                return nullptr;
+            mBlock += CsvSpecials::blockSize;
+            mFound = mSpecials.blockMask(mBlock, mEnd);
+        }
+        char* const special = mBlock + std::countr_zero(mFound);
+        mFound &= mFound - 1;
+        return special;
+    }
+
+    /// The next one that is `wanted`.
+    char* nextOf(char wanted)
+    {
+        char* special = next();
+        while (special != nullptr && *special != wanted)
+            special = next();
+        return special;
+    }
+
+private:
+    const CsvSpecials& mSpecials;
+    char* mBlock;
+    char* mEnd;
+    std::uint64_t mFound;
 };
 
 } // namespace ky::impl

@@ -344,13 +344,16 @@ bool kyCsvFileReader::consumePlainCells(Scan& scan)
 {
     char* const begin = scan.position;
     char* cell = begin;
-    impl::CsvSpecials::Walk walk(scan.specials, begin, scan.end);
+    impl::CsvWalk walk(scan.specials, begin, scan.end);
     while (char* const special = walk.next())
     {
         if (static_cast<unsigned char>(*special) == scan.quote)
         {
             scan.position = cell;
-            return special == cell ? consumeQuotedCell(scan) : cell != begin;
+            if (special != cell || !consumeQuotedCell(scan, walk))
+                return scan.position != begin;
+            cell = scan.position;
+            continue;
         }
         if (static_cast<unsigned char>(*special) == scan.delimiter)
         {
@@ -375,7 +378,9 @@ bool kyCsvFileReader::consumePlainCells(Scan& scan)
     return cell != begin;
 }
 
-bool kyCsvFileReader::consumeQuotedCell(Scan& scan)
+/// True when the cell ended at a delimiter; otherwise the scan stands where its part in this piece or its quoted
+/// section ended.
+bool kyCsvFileReader::consumeQuotedCell(Scan& scan, impl::CsvWalk& walk)
 {
     char* from = scan.position + 1;
     char* to = from;
@@ -383,13 +388,13 @@ bool kyCsvFileReader::consumeQuotedCell(Scan& scan)
     scan.section = Scan::Section::Quoted;
     for (;;)
     {
-        char* const found = impl::findByte(from, scan.end, static_cast<char>(scan.quote));
-        const auto size = static_cast<std::size_t>(found - from);
+        char* const found = walk.nextOf(static_cast<char>(scan.quote));
+        const auto size = static_cast<std::size_t>((found != nullptr ? found : scan.end) - from);
         if (to != from)
             std::memmove(to, from, size);
         to += size;
-        from = found;
-        if (found == scan.end)
+        from += size;
+        if (found == nullptr)
             break;
         ++from;
         scan.section = Scan::Section::QuoteInQuoted;
@@ -402,14 +407,15 @@ bool kyCsvFileReader::consumeQuotedCell(Scan& scan)
         }
         scan.section = Scan::Section::Quoted;
         *to++ = *from++;
+        walk.next();
     }
     scan.position = from;
     scan.runEnd = to;
-    if (scan.section == Scan::Section::Unquoted && static_cast<unsigned char>(*from) == scan.delimiter)
-    {
-        ++scan.position;
-        endCell(scan);
-    }
+    if (scan.section != Scan::Section::Unquoted || static_cast<unsigned char>(*from) != scan.delimiter)
+        return false;
+    walk.next();
+    ++scan.position;
+    endCell(scan);
     return true;
 }
 
@@ -544,8 +550,13 @@ void kyCsvFileReader::endRow(Scan& scan)
         addCell(row, std::string_view(text, length));
         text += length;
     }
-    for (const std::string_view cell : mCellViews)
-        addCell(row, cell);
+    if (mTypeGuess)
+    {
+        for (const std::string_view cell : mCellViews)
+            row.push_back(kyVariant::BuildFromString(cell));
+    }
+    else
+        row.insert(row.end(), mCellViews.begin(), mCellViews.end());
     mMaxColumnCount = std::max(mMaxColumnCount, static_cast<std::uint32_t>(row.size()));
     mTable.push_back(std::move(row));
     clearRow();
