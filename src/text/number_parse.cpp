@@ -16,14 +16,21 @@ bool isBlank(char c) noexcept { return c == ' ' || (c >= '\t' && c <= '\r'); }
 bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 char lower(char c) noexcept { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
-/// 0 to 15, or 16 for anything but a hexadecimal digit.
-unsigned hexDigit(char c) noexcept
+constexpr std::array<std::uint8_t, 256> hexDigits = []
 {
-    if (isDigit(c))
-        return static_cast<unsigned>(c - '0');
-    const char small = lower(c);
-    return small >= 'a' && small <= 'f' ? static_cast<unsigned>(small - 'a') + 10U : 16U;
-}
+    std::array<std::uint8_t, 256> table{};
+    for (std::size_t c = 0; c < table.size(); ++c)
+    {
+        const bool decimal = c >= '0' && c <= '9';
+        const std::size_t small = c | 0x20U;
+        const std::size_t digit = decimal ? c - '0' : (small >= 'a' && small <= 'f' ? small - 'a' + 10 : 16);
+        table[c] = static_cast<std::uint8_t>(digit);
+    }
+    return table;
+}();
+
+/// 0 to 15, or 16 for anything but a hexadecimal digit.
+unsigned hexDigit(char c) noexcept { return hexDigits[static_cast<unsigned char>(c)]; }
 
 bool isHexPrefix(const char* at, const char* end) noexcept
 {
