@@ -18,6 +18,11 @@
 namespace ky
 {
 
+namespace impl
+{
+class CsvWalk;
+} // namespace impl
+
 /// Parses a UTF-8 CSV file into a table, at one go or a bounded number of rows at a time.
 ///
 /// The format:
@@ -87,7 +92,8 @@ public:
     /// - "Invalid UTF-8", "Invalid code point" or "Not enough space" (the text ends within a sequence) for text that is
     ///   not UTF-8.
     /// - "Failed to read the file" when the system reports an error. A file that has become shorter ends early.
-    /// - The description of any other standard exception (memory), or "Unknown error".
+    /// - The description of any other standard exception (memory), or "Unknown error"; only `startParsing` goes on from
+    ///   there.
     bool parseNext(bool& finished, bool clearTable, std::size_t maxRows);
 
     /// `startParsing` followed by `parseNext` for the first `maxRows` rows.
@@ -118,9 +124,11 @@ private:
     std::size_t validUnread();
     [[noreturn]] void throwDecoderError() const;
     bool consume(Scan& scan, std::size_t size);
+    bool consumePlainCells(Scan& scan);
+    bool consumeQuotedCell(Scan& scan, impl::CsvWalk& walk);
     bool consumeUnquoted(Scan& scan);
     bool consumeQuoted(Scan& scan);
-    bool addRun(Scan& scan, const char* to);
+    bool addRun(Scan& scan, char* to);
     void spillRun(Scan& scan);
     void endCell(Scan& scan);
     void keepViews();

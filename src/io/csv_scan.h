@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
-// Search for the next byte that means something in an unquoted part of a CSV text.
+// Search for the bytes that mean something in a CSV text.
 #pragma once
 
 #include "platform/compiler.h"
 
 #include <bit>
+#include <cstddef>
+#include <cstdint>
 
 #if KY_ARCH_X64
 #include <emmintrin.h>
@@ -13,6 +15,22 @@
 namespace ky::impl
 {
 
+/// The first `wanted` in [from, end), or `end`. Meant for short ways, where a call would cost more than the search.
+inline char* findByte(char* from, char* end, char wanted)
+{
+#if KY_ARCH_X64
+    for (; end - from >= 16; from += 16)
+    {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+        if (const int found = _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(wanted))))
+            return from + std::countr_zero(static_cast<unsigned>(found));
+    }
+#endif
+    while (from != end && *from != wanted)
+        ++from;
+    return from;
+}
+
 /// Quote, column delimiter, line feed and carriage return.
 class CsvSpecials
 {
@@ -20,24 +38,46 @@ public:
     CsvSpecials(char quote, char delimiter) : mQuote(quote), mDelimiter(delimiter) {}
 
     /// The first of them in [from, end), or `end`.
-    const char* find(const char* from, const char* end) const
+    char* find(char* from, char* end) const
     {
 #if KY_ARCH_X64
         for (; end - from >= 16; from += 16)
         {
-            if (const unsigned found = mask(_mm_loadu_si128(reinterpret_cast<const __m128i*>(from))))
+            if (const unsigned found = mask(from))
                 return from + std::countr_zero(found);
         }
 #endif
-        while (from != end && *from != mQuote && *from != mDelimiter && *from != '\n' && *from != '\r')
+        while (from != end && !isSpecial(*from))
             ++from;
         return from;
     }
 
-private:
-#if KY_ARCH_X64
-    unsigned mask(__m128i bytes) const
+    static constexpr std::ptrdiff_t blockSize = 64;
+
+    /// Of the first `blockSize` bytes at most; bit n stands for byte n.
+    std::uint64_t blockMask(const char* from, const char* end) const
     {
+        std::uint64_t found = 0;
+        std::ptrdiff_t i = 0;
+        const std::ptrdiff_t size = end - from < blockSize ? end - from : blockSize;
+#if KY_ARCH_X64
+        for (; size - i >= 16; i += 16)
+            found |= std::uint64_t{mask(from + i)} << i;
+#endif
+        for (; i < size; ++i)
+            found |= std::uint64_t{isSpecial(from[i])} << i;
+        return found;
+    }
+
+private:
+    [[nodiscard]] bool isSpecial(char byte) const
+    {
+        return byte == mQuote || byte == mDelimiter || byte == '\n' || byte == '\r';
+    }
+#if KY_ARCH_X64
+    unsigned mask(const char* from) const
+    {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
         const __m128i delimiters = _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(mQuote)),
                                                 _mm_cmpeq_epi8(bytes, _mm_set1_epi8(mDelimiter)));
         const __m128i breaks =
@@ -48,6 +88,46 @@ private:
 
     char mQuote;
     char mDelimiter;
+};
+
+/// Goes from one special byte to the next. The text may change behind, not ahead.
+class CsvWalk
+{
+public:
+    CsvWalk(const CsvSpecials& specials, char* from, char* end) : mSpecials(specials), mBlock(from), mEnd(end)
+    {
+        mFound = mSpecials.blockMask(mBlock, mEnd);
+    }
+
+    /// Null when there is no further one.
+    char* next()
+    {
+        while (mFound == 0)
+        {
+            if (mEnd - mBlock <= CsvSpecials::blockSize)
+                return nullptr;
+            mBlock += CsvSpecials::blockSize;
+            mFound = mSpecials.blockMask(mBlock, mEnd);
+        }
+        char* const special = mBlock + std::countr_zero(mFound);
+        mFound &= mFound - 1;
+        return special;
+    }
+
+    /// The next one that is `wanted`.
+    char* nextOf(char wanted)
+    {
+        char* special = next();
+        while (special != nullptr && *special != wanted)
+            special = next();
+        return special;
+    }
+
+private:
+    const CsvSpecials& mSpecials;
+    char* mBlock;
+    char* mEnd;
+    std::uint64_t mFound;
 };
 
 } // namespace ky::impl

@@ -80,12 +80,19 @@ struct kyCsvFileReader::Scan
     std::size_t cellRoom;  ///< how many of them are left
     std::size_t rowsLeft;
     Section section = Section::Unquoted;
-    bool rowOpen = false;           ///< characters were read since the last row ended
-    const char* position = nullptr; ///< next byte of the piece at hand, null between pieces
-    const char* end = nullptr;      ///< end of that piece
-    const char* runBegin = nullptr; ///< the last run of the cell, still in the read buffer
-    const char* runEnd = nullptr;
-    const char* rowBegin = nullptr; ///< start of the row, when it started in this piece
+    bool rowOpen = false;     ///< characters were read since the last row ended
+    char* position = nullptr; ///< next byte of the piece at hand, null between pieces
+    char* end = nullptr;      ///< end of that piece
+    char* runBegin = nullptr; ///< the cell so far, or its last part, moved together in the read buffer
+    char* runEnd = nullptr;
+    char* rowBegin = nullptr; ///< start of the row, when it started in this piece
+
+    /// Whether nothing of the cell at hand was read in this piece, and it has neither limit nor odd delimiters.
+    [[nodiscard]] bool atPlainCell() const
+    {
+        return section == Section::Unquoted && runBegin == nullptr && cellLimit == noLimit && quote != '\n' &&
+               delimiter != '\n';
+    }
 };
 
 kyCsvFileReader::kyCsvFileReader(bool enableTypeGuess) : mTypeGuess(enableTypeGuess) {}
@@ -320,7 +327,11 @@ bool kyCsvFileReader::consume(Scan& scan, std::size_t size)
     scan.rowBegin = nullptr;
     bool ok = true;
     while (ok && scan.position != scan.end && scan.rowsLeft != 0)
+    {
+        if (scan.atPlainCell() && mCellBuffer.empty() && consumePlainCells(scan))
+            continue;
         ok = scan.section == Scan::Section::Unquoted ? consumeUnquoted(scan) : consumeQuoted(scan);
+    }
     spillRun(scan);
     keepViews();
     if (scan.position != (scan.rowBegin != nullptr ? scan.rowBegin : begin))
@@ -329,11 +340,90 @@ bool kyCsvFileReader::consume(Scan& scan, std::size_t size)
     return ok;
 }
 
+bool kyCsvFileReader::consumePlainCells(Scan& scan)
+{
+    char* const begin = scan.position;
+    char* cell = begin;
+    impl::CsvWalk walk(scan.specials, begin, scan.end);
+    while (char* const special = walk.next())
+    {
+        if (static_cast<unsigned char>(*special) == scan.quote)
+        {
+            scan.position = cell;
+            if (special != cell || !consumeQuotedCell(scan, walk))
+                return scan.position != begin;
+            cell = scan.position;
+            continue;
+        }
+        if (static_cast<unsigned char>(*special) == scan.delimiter)
+        {
+            mCellViews.emplace_back(cell, static_cast<std::size_t>(special - cell));
+            cell = special + 1;
+            continue;
+        }
+        if (*special == '\r') // most often one that ends the row
+        {
+            if (scan.end - special < 2 || special[1] != '\n')
+                break;
+            walk.next();
+        }
+        scan.position = special + (*special == '\r' ? 2 : 1);
+        mCellViews.emplace_back(cell, static_cast<std::size_t>(special - cell));
+        cell = scan.position;
+        endRow(scan);
+        if (--scan.rowsLeft == 0)
+            break;
+    }
+    scan.position = cell;
+    return cell != begin;
+}
+
+/// True when the cell ended at a delimiter; otherwise the scan stands where its part in this piece or its quoted
+/// section ended.
+bool kyCsvFileReader::consumeQuotedCell(Scan& scan, impl::CsvWalk& walk)
+{
+    char* from = scan.position + 1;
+    char* to = from;
+    scan.runBegin = from;
+    scan.section = Scan::Section::Quoted;
+    for (;;)
+    {
+        char* const found = walk.nextOf(static_cast<char>(scan.quote));
+        const auto size = static_cast<std::size_t>((found != nullptr ? found : scan.end) - from);
+        if (to != from)
+            std::memmove(to, from, size);
+        to += size;
+        from += size;
+        if (found == nullptr)
+            break;
+        ++from;
+        scan.section = Scan::Section::QuoteInQuoted;
+        if (from == scan.end)
+            break;
+        if (static_cast<unsigned char>(*from) != scan.quote)
+        {
+            scan.section = Scan::Section::Unquoted;
+            break;
+        }
+        scan.section = Scan::Section::Quoted;
+        *to++ = *from++;
+        walk.next();
+    }
+    scan.position = from;
+    scan.runEnd = to;
+    if (scan.section != Scan::Section::Unquoted || static_cast<unsigned char>(*from) != scan.delimiter)
+        return false;
+    walk.next();
+    ++scan.position;
+    endCell(scan);
+    return true;
+}
+
 bool kyCsvFileReader::consumeUnquoted(Scan& scan)
 {
     while (scan.position != scan.end)
     {
-        const char* const special = scan.specials.find(scan.position, scan.end);
+        char* const special = scan.specials.find(scan.position, scan.end);
         if (!addRun(scan, special))
             return false;
         if (special == scan.end)
@@ -346,13 +436,16 @@ bool kyCsvFileReader::consumeUnquoted(Scan& scan)
             return true;
         }
         if (character == scan.delimiter)
+        {
             endCell(scan);
-        else if (character == '\n')
+            return true;
+        }
+        if (character == '\n')
         {
             endCell(scan);
             endRow(scan);
-            if (--scan.rowsLeft == 0)
-                return true;
+            --scan.rowsLeft;
+            return true;
         }
     }
     return true;
@@ -370,11 +463,10 @@ bool kyCsvFileReader::consumeQuoted(Scan& scan)
         scan.section = Scan::Section::Quoted;
         return addRun(scan, scan.position + 1);
     }
-    const void* const found =
-        std::memchr(scan.position, scan.quote, static_cast<std::size_t>(scan.end - scan.position));
-    if (!addRun(scan, found != nullptr ? static_cast<const char*>(found) : scan.end))
+    char* const found = impl::findByte(scan.position, scan.end, static_cast<char>(scan.quote));
+    if (!addRun(scan, found))
         return false;
-    if (found != nullptr)
+    if (found != scan.end)
     {
         ++scan.position;
         scan.section = Scan::Section::QuoteInQuoted;
@@ -382,9 +474,9 @@ bool kyCsvFileReader::consumeQuoted(Scan& scan)
     return true;
 }
 
-bool kyCsvFileReader::addRun(Scan& scan, const char* to)
+bool kyCsvFileReader::addRun(Scan& scan, char* to)
 {
-    const char* const from = scan.position;
+    char* const from = scan.position;
     std::size_t size = static_cast<std::size_t>(to - from);
     if (size == 0)
         return true;
@@ -398,12 +490,14 @@ bool kyCsvFileReader::addRun(Scan& scan, const char* to)
     }
     scan.cellRoom -= std::min(size, scan.cellRoom);
     scan.position = from + size;
-    if (scan.runEnd != from)
+    if (scan.runBegin == nullptr)
     {
-        spillRun(scan);
         scan.runBegin = from;
+        scan.runEnd = from;
     }
-    scan.runEnd = scan.position;
+    if (scan.runEnd != from)
+        std::memmove(scan.runEnd, from, size); // over quotes and carriage returns that are not part of the cell
+    scan.runEnd += size;
     return fits;
 }
 
@@ -456,8 +550,13 @@ void kyCsvFileReader::endRow(Scan& scan)
         addCell(row, std::string_view(text, length));
         text += length;
     }
-    for (const std::string_view cell : mCellViews)
-        addCell(row, cell);
+    if (mTypeGuess)
+    {
+        for (const std::string_view cell : mCellViews)
+            row.push_back(kyVariant::BuildFromString(cell));
+    }
+    else
+        row.insert(row.end(), mCellViews.begin(), mCellViews.end());
     mMaxColumnCount = std::max(mMaxColumnCount, static_cast<std::uint32_t>(row.size()));
     mTable.push_back(std::move(row));
     clearRow();

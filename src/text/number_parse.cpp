@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "text/number_parse.h"
 
+#include <array>
+#include <cfloat>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -14,14 +16,21 @@ bool isBlank(char c) noexcept { return c == ' ' || (c >= '\t' && c <= '\r'); }
 bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 char lower(char c) noexcept { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
-/// 0 to 15, or 16 for anything but a hexadecimal digit.
-unsigned hexDigit(char c) noexcept
+constexpr std::array<std::uint8_t, 256> hexDigits = []
 {
-    if (isDigit(c))
-        return static_cast<unsigned>(c - '0');
-    const char small = lower(c);
-    return small >= 'a' && small <= 'f' ? static_cast<unsigned>(small - 'a') + 10U : 16U;
-}
+    std::array<std::uint8_t, 256> table{};
+    for (std::size_t c = 0; c < table.size(); ++c)
+    {
+        const bool decimal = c >= '0' && c <= '9';
+        const std::size_t small = c | 0x20U;
+        const std::size_t digit = decimal ? c - '0' : (small >= 'a' && small <= 'f' ? small - 'a' + 10 : 16);
+        table[c] = static_cast<std::uint8_t>(digit);
+    }
+    return table;
+}();
+
+/// 0 to 15, or 16 for anything but a hexadecimal digit.
+unsigned hexDigit(char c) noexcept { return hexDigits[static_cast<unsigned char>(c)]; }
 
 bool isHexPrefix(const char* at, const char* end) noexcept
 {
@@ -281,6 +290,46 @@ bool parseWholeReal(std::string_view text, double& value) noexcept
     if (whole)
         value = negative ? -magnitude : magnitude;
     return whole;
+}
+
+NumberForm parsePlainNumber(std::string_view text, std::int64_t& integer, double& real) noexcept
+{
+    // Exact doubles: one division of two of them is rounded once, as the number itself would be.
+    static constexpr std::array<double, 16> powers = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                      1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+    constexpr std::size_t mostCharacters = powers.size() + 1; // 15 digits, sign, separator
+    if (text.empty())
+        return NumberForm::Unclear;
+    const char first = text.front();
+    if ((first >= 'a' && first != 'i' && first != 'n') ||
+        (first >= 'A' && first <= 'Z' && first != 'I' && first != 'N'))
+        return NumberForm::Text;
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    const bool negative = first == '-';
+    at += negative ? 1 : 0;
+    // A leading 0 may stand for octal or hexadecimal digits.
+    if (text.size() > mostCharacters || at == end || !isDigit(*at) ||
+        (*at == '0' && end - at > 1 && at[1] != '.' && at[1] != ','))
+        return NumberForm::Unclear;
+    std::int64_t digits = 0;
+    for (; at != end && isDigit(*at); ++at)
+        digits = digits * 10 + (*at - '0');
+    if (at == end)
+    {
+        integer = negative ? -digits : digits;
+        return NumberForm::Integer;
+    }
+    if ((*at != '.' && *at != ',') || FLT_EVAL_METHOD != 0)
+        return NumberForm::Unclear;
+    const char* const fraction = ++at;
+    for (; at != end && isDigit(*at); ++at)
+        digits = digits * 10 + (*at - '0');
+    if (at != end || digits > std::int64_t{1} << DBL_MANT_DIG)
+        return NumberForm::Unclear;
+    const double magnitude = static_cast<double>(digits) / powers[static_cast<std::size_t>(end - fraction)];
+    real = negative ? -magnitude : magnitude;
+    return NumberForm::Real;
 }
 
 } // namespace ky::impl

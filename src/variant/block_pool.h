@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Small fixed blocks for payloads and map nodes. Each thread keeps a bounded number of freed blocks of every size for
-// its next allocations; each block comes from operator new and goes back to it, at the latest when its thread ends.
+// Small fixed blocks for payloads and map nodes. Each thread has a bounded number of blocks of every size at hand and
+// exchanges them in batches with the slabs that they are cut from; it gives all of them back when it ends.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +14,7 @@ namespace ky::impl
 void* allocateBlock(std::size_t size);
 /// `size` as it was asked for. Any thread may free a block, also while it ends.
 void freeBlock(void* block, std::size_t size) noexcept;
-/// Frees what the calling thread keeps and makes it keep nothing more.
+/// Gives back what the calling thread keeps and makes it keep nothing more.
 void stopKeepingBlocks() noexcept;
 
 template <class T, class... Arguments>

@@ -128,9 +128,16 @@ kyVariant::kyVariantMapImpl kyVariant::toMap() const
 kyVariant kyVariant::BuildFromString(std::string_view text)
 {
     std::int64_t integer = 0;
+    double real = 0.0;
+    switch (impl::parsePlainNumber(text, integer, real))
+    {
+    case impl::NumberForm::Text: return kyVariant(text);
+    case impl::NumberForm::Integer: return kyVariant(integer);
+    case impl::NumberForm::Real: return kyVariant(real);
+    case impl::NumberForm::Unclear: break;
+    }
     if (impl::parseWholeInteger(text, integer))
         return kyVariant(integer);
-    double real = 0.0;
     if (parseRealWithComma(text, real))
         return kyVariant(real);
     return kyVariant(text);

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -73,6 +74,41 @@ TEST(NumberParse, IntegersOfEveryLengthSurvive)
         EXPECT_TRUE(parseWholeInteger(ky::impl::IntegerText(number).view(), parsed));
         EXPECT_EQ(parsed, number);
     }
+}
+
+TEST(NumberParse, PlainNumbersAgreeWithTheGeneralFunctions)
+{
+    using ky::impl::NumberForm;
+    std::mt19937_64 random(13);
+    int answered = 0;
+    for (int i = 0; i < 300000; ++i)
+    {
+        static constexpr std::string_view alphabet = "0123456789012345678901234567890123456789.,-+ xXeEinNfaz";
+        std::string text(1 + random() % (i % 2 == 0 ? 5 : 19), '?');
+        for (char& c : text)
+            c = alphabet[random() % (i % 8 < 4 ? 41 : alphabet.size())];
+        std::int64_t integer = 1;
+        std::int64_t expectedInteger = 2;
+        double real = 1.0;
+        double expectedReal = 2.0;
+        const NumberForm form = ky::impl::parsePlainNumber(text, integer, real);
+        if (form == NumberForm::Unclear)
+            continue;
+        ++answered;
+        NumberForm expected = NumberForm::Text;
+        if (parseWholeInteger(text, expectedInteger))
+            expected = NumberForm::Integer;
+        else
+        {
+            std::replace(text.begin(), text.end(), ',', '.');
+            if (parseWholeReal(text, expectedReal))
+                expected = NumberForm::Real;
+        }
+        ASSERT_EQ(form, expected) << text;
+        ASSERT_TRUE(form != NumberForm::Integer || integer == expectedInteger) << text;
+        ASSERT_TRUE(form != NumberForm::Real || std::memcmp(&real, &expectedReal, sizeof(real)) == 0) << text;
+    }
+    EXPECT_GT(answered, 50000);
 }
 
 TEST(NumberText, AgreesWithTheCLibrary)
