@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "variant/pages_native.h"
+#include "variant/pages.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "variant/slab_store.h"
 
-#include "variant/pages_native.h"
+#include "variant/pages.h"
 
 #include <algorithm>
 #include <array>
