@@ -39,25 +39,15 @@ struct Table
     std::atomic<NamedMutex*> first{nullptr};
 };
 
-void forgetInForkedChild() noexcept;
-
-/// Lives as long as the process: locks may be used by static objects of others.
-Table& table()
-{
-    static Table* const instance = []
-    {
-        auto* const made = new Table;
-        pthread_atfork(nullptr, nullptr, &forgetInForkedChild);
-        return made;
-    }();
-    return *instance;
-}
+/// Constant from the start and never torn down: locks may be used by static objects of others, and a child must not be
+/// born while some thread has begun to make it.
+constinit Table allMutexes;
 
 /// The parent's threads and locks are not the child's. Nothing is locked on the way: another thread of the parent may
 /// have been anywhere.
 void forgetInForkedChild() noexcept
 {
-    Table& all = table();
+    Table& all = allMutexes;
     new (&all.mutex) std::mutex;
     for (NamedMutex* record = all.first; record != nullptr; record = record->next)
     {
@@ -67,6 +57,8 @@ void forgetInForkedChild() noexcept
         record->inProcess.init();
     }
 }
+
+const int registered = pthread_atfork(nullptr, nullptr, &forgetInForkedChild);
 
 /// Asked once in every tick of the system's clock, because asking costs half as much as locking.
 bool isRemoved(NamedMutex& mutex) noexcept
@@ -126,7 +118,7 @@ NamedMutex* unusedRecord(Table& all)
 
 NamedMutex* openNamedMutex(const std::string& name, ErrorCode& error)
 {
-    Table& all = table();
+    Table& all = allMutexes;
     const NameHash key = hashName(name);
     const std::lock_guard guard(all.mutex);
     NamedMutex* record = find(all, key);
@@ -144,7 +136,7 @@ NamedMutex* openNamedMutex(const std::string& name, ErrorCode& error)
 
 void closeNamedMutex(NamedMutex* mutex) noexcept
 {
-    const std::lock_guard guard(table().mutex);
+    const std::lock_guard guard(allMutexes.mutex);
     if (--mutex->references != 0)
         return;
     while (mutex->inProcess.isMine())

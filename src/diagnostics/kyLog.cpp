@@ -2,7 +2,7 @@
 #include <ky/kyLog.h>
 
 #include "diagnostics/escape_text.h"
-#include "diagnostics/fork_guard_native.h"
+#include "platform/fork_native.h"
 #include "diagnostics/log_file.h"
 #include "diagnostics/log_line.h"
 #include "diagnostics/standard_output.h"

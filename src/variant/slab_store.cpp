@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "variant/slab_store.h"
 
+#include "platform/fork_native.h"
 #include "variant/pages.h"
 
 #include <algorithm>
@@ -93,6 +94,9 @@ struct StoreCloser
     }
 };
 const StoreCloser closer;
+
+/// A child of a fork gets the store whole and free.
+const bool heldForForks = (native::onFork([] { store.mutex.lock(); }, [] { store.mutex.unlock(); }), true);
 
 Slab& SlabStore::roomyFor(std::size_t sizeClass)
 {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "diagnostics/fork_guard_native.h"
+#include "platform/fork_native.h"
 
 namespace ky::impl::native
 {
