@@ -4,6 +4,7 @@
 /// \file
 /// The whole public interface.
 
+#include <ky/kyCpuInfo.h>
 #include <ky/kyCsvFileReader.h>
 #include <ky/kyIniFile.h>
 #include <ky/kyLog.h>
