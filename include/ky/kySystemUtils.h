@@ -227,7 +227,7 @@ public:
 /// the process and kept. Safe from any thread.
 ///
 /// \return empty when there is none, as in a container or on a network file system, or when the system does not tell
-[[nodiscard]] KY_API const std::string& getMainHDDDevice();
+KY_API const std::string& getMainHDDDevice();
 
 } // namespace ky
 

@@ -6,7 +6,8 @@
 namespace ky::impl::native
 {
 
-/// What the system tells about itself. What it does not tell stays at its initial value.
+/// What the system tells about itself. What it does not tell, and what the registry tells, stays at
+/// its initial value.
 OsFacts queryOs();
 
 } // namespace ky::impl::native

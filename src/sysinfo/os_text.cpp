@@ -108,11 +108,22 @@ std::string linuxText(const LinuxFacts& facts)
         name = "Unknown distribution";
     if (facts.is64Bit)
         name += " 64bit";
-    const std::string release = cleanLine(facts.kernelRelease);
-    return "Linux " + name + " (v" + leadingVersion(release) + ", kernel " + release + ")";
+    const std::string& release = facts.kernelRelease;
+    return "Linux " + name + " (v" + leadingVersion(release) + ", kernel " + (release.empty() ? "unknown" : release) +
+           ")";
 }
 
 } // namespace
+
+LinuxFacts linuxFacts(const SystemTree& tree)
+{
+    LinuxFacts facts;
+    facts.osRelease = tree.read("/etc/os-release");
+    if (facts.osRelease.empty())
+        facts.osRelease = tree.read("/usr/lib/os-release");
+    facts.kernelRelease = cleanLine(tree.read("/proc/sys/kernel/osrelease"));
+    return facts;
+}
 
 std::string describeOs(const OsFacts& facts)
 {

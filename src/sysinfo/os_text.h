@@ -2,6 +2,8 @@
 // The readable description of the operating system.
 #pragma once
 
+#include "sysinfo/system_tree.h"
+
 #include <array>
 #include <cstdint>
 #include <string>
@@ -33,10 +35,12 @@ struct LinuxFacts
 {
     std::string osRelease;     ///< content of the os-release file
     std::string kernelRelease; ///< such as "6.1.0-18-amd64"
-    bool is64Bit = false;
+    bool is64Bit = sizeof(void*) == 8;
 };
 
 using OsFacts = std::variant<std::monostate, WindowsFacts, LinuxFacts>;
+
+LinuxFacts linuxFacts(const SystemTree& tree);
 
 /// "Windows EDITION (vMAJOR.MINOR.BUILD SPMAJOR.MINOR, kernel32 vA.B.C.D)", or "Linux DISTRIBUTION (vMAJOR.MINOR.PATCH,
 /// kernel RELEASE)", with " 64bit" behind the name on a 64-bit system. "Unknown OS" without facts.

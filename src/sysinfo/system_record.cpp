@@ -54,6 +54,31 @@ void readInstalledMemory(SystemRecord& record)
         record.installedMemory = static_cast<std::int64_t>(kilobytes * 1024);
 }
 
+/// What the version call may hide from programs made for older systems.
+void addRegistryValues(WindowsFacts& facts)
+{
+    const auto value = [](const char* name)
+    {
+        kyVariant found;
+        kySystemUtils::GetRegistryValue("HKEY_LOCAL_MACHINE", "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion", name,
+                                        found);
+        return found;
+    };
+    facts.registryMajor = static_cast<std::uint32_t>(value("CurrentMajorVersionNumber").toInteger());
+    facts.registryMinor = static_cast<std::uint32_t>(value("CurrentMinorVersionNumber").toInteger());
+    facts.registryBuild = value("CurrentBuild").toString();
+    facts.editionId = value("EditionID").toString();
+    facts.releaseId = value("ReleaseId").toString();
+}
+
+std::string describeThisOs()
+{
+    OsFacts facts = native::queryOs();
+    if (auto* const windows = std::get_if<WindowsFacts>(&facts))
+        addRegistryValues(*windows);
+    return describeOs(facts);
+}
+
 } // namespace
 
 void gatherRecord(SystemRecord& record)
@@ -61,7 +86,7 @@ void gatherRecord(SystemRecord& record)
     readProcessorCount(record);
     readInstalledMemory(record);
     record.adapters = native::listAdapters();
-    record.osDescription = describeOs(native::queryOs());
+    record.osDescription = describeThisOs();
 }
 
 void queryManagement(SystemRecord& record)

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "sysinfo/system_text.h"
 
+#include "sysinfo/system_tree.h"
 #include "text/utf8_scan.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cstring>
 #include <set>
 
 namespace ky::impl
@@ -17,25 +17,7 @@ namespace
 
 constexpr std::size_t longestLine = 256;
 
-std::string_view trimmed(std::string_view text)
-{
-    constexpr std::string_view blanks = " \t\r\n\v\f";
-    const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(blanks) + 1 - first);
-}
-
 bool isControl(char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; }
-
-/// Cuts the first line off `text`.
-std::string_view takeLine(std::string_view& text)
-{
-    const std::size_t end = std::min(text.find('\n'), text.size());
-    const std::string_view line = text.substr(0, end);
-    text.remove_prefix(std::min(end + 1, text.size()));
-    return line;
-}
 
 /// "key: value" with any blanks around the colon.
 bool splitAtColon(std::string_view line, std::string_view& key, std::string_view& value)
@@ -171,7 +153,7 @@ std::string_view lineValue(std::string_view text, std::string_view key, char sep
 {
     while (!text.empty())
     {
-        const std::string_view line = takeLine(text);
+        const std::string_view line = nextPiece(text, '\n');
         if (line.size() > key.size() && line.substr(0, key.size()) == key && line[key.size()] == separator)
             return trimmed(line.substr(key.size() + 1));
     }
@@ -215,7 +197,7 @@ std::vector<PackageText> processorPackages(std::string_view text)
     {
         std::string_view key;
         std::string_view value;
-        const std::string_view line = takeLine(text);
+        const std::string_view line = nextPiece(text, '\n');
         if (splitAtColon(line, key, value))
             any = fields.set(key, value) || any;
         const bool atEnd = trimmed(line).empty() || text.empty();
@@ -233,7 +215,7 @@ std::vector<PackageText> processorPackages(std::string_view text)
 std::string pciDeviceName(std::string_view list, std::uint16_t vendor, std::uint16_t device)
 {
     std::string_view block = vendorBlock(list, vendor);
-    std::string name = cleanLine(takeLine(block).substr(0, longestLine));
+    std::string name = cleanLine(nextPiece(block, '\n').substr(0, longestLine));
     if (name.size() > 6)
         name.erase(0, 6);
     else
@@ -241,7 +223,7 @@ std::string pciDeviceName(std::string_view list, std::uint16_t vendor, std::uint
     const std::string start = "\t" + hexDigits(device) + "  ";
     while (!block.empty())
     {
-        const std::string_view line = takeLine(block);
+        const std::string_view line = nextPiece(block, '\n');
         if (line.substr(0, start.size()) != start)
             continue;
         const std::string deviceName = cleanLine(line.substr(start.size()));
