@@ -192,7 +192,7 @@ public:
     /// The display adapters, in the system's order.
     [[nodiscard]] static const std::vector<DirectXDeviceInfo>& GetDirectXDevices();
 
-    /// Answers of the management queries: texts, integers, and null for what the system does not tell.
+    /// Answers of the management queries: texts and integers, empty or 0 where the system does not tell.
     ///
     /// The keys are "operatingsystem" and "computersystem", and, with one map for each device under "1", "2" and so on,
     /// "processor", "videocontroller" and "desktopmonitor". Below them stand the columns in lower case:
@@ -216,7 +216,8 @@ public:
     ///
     /// The short form has "os", "processor", "memory", "adapters", "management" and "power". The full form adds what
     /// tells the user and the computer: "computer", "user", "program", "disk" and "libraries", and the full management
-    /// map.
+    /// map. Everything in it can be written to an INI file: devices are maps under "1", "2" and so on, and the lists of
+    /// instruction sets are texts with blanks between the names.
     static void GenerateHardwareReport(kyVariant::kyVariantMapImpl& report, bool full);
 
     ///@}

@@ -10,9 +10,12 @@ namespace
 
 using Map = kyVariant::kyVariantMapImpl;
 
+/// Names in one text each: a report goes into an INI file, which holds no lists.
 Map processorMap()
 {
     Map map = kySystemUtils::GetCPUInfo().toVariantMap();
+    for (const char* const list : {"instructionsets", "disabledinstructionsets"})
+        map[list] = map[list].toString();
     map["logicalprocessors"] = kySystemUtils::GetIdealThreadCount();
     return map;
 }

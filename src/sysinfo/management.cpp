@@ -57,31 +57,23 @@ kyVariant asNumber(const kyVariant& raw)
     if (raw.getType() == kyVariant::Type::Integer)
         return raw.toInteger() < 0 ? kyVariant(raw.toInteger() & 0xffffffff) : raw;
     const auto number = parseNumber(raw.toString(), 10);
-    return number && *number <= INT64_MAX ? kyVariant(static_cast<std::int64_t>(*number)) : kyVariant();
+    return kyVariant(number && *number <= INT64_MAX ? static_cast<std::int64_t>(*number) : 0);
 }
 
 /// Dates arrive as "YYYYMMDDhhmmss...".
-kyVariant asDate(const kyVariant& raw)
+std::string asDate(const std::string& text)
 {
-    const std::string text = raw.toString();
     if (text.size() < 8 || text.find_first_not_of("0123456789") < 8)
         return {};
-    return kyVariant(text.substr(0, 4) + "-" + text.substr(4, 2) + "-" + text.substr(6, 2));
-}
-
-kyVariant asText(const kyVariant& raw)
-{
-    const std::string text = cleanLine(raw.toString());
-    return text.empty() ? kyVariant() : kyVariant(text);
+    return text.substr(0, 4) + "-" + text.substr(4, 2) + "-" + text.substr(6, 2);
 }
 
 kyVariant typedValue(const std::string& column, const kyVariant& raw)
 {
-    if (raw.isNull())
-        return raw;
     if (std::find(std::begin(numberColumns), std::end(numberColumns), column) != std::end(numberColumns))
         return asNumber(raw);
-    return column == "DriverDate" ? asDate(raw) : asText(raw);
+    const std::string text = cleanLine(raw.toString());
+    return column == "DriverDate" ? asDate(text) : text;
 }
 
 std::string lowerCase(std::string text) { return kyStringUtils::toLower(text); }

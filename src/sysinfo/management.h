@@ -39,7 +39,7 @@ std::string managementFailureText(ManagementStep step, std::uint32_t code);
 
 /// Runs all queries. Keys are the names of classes (without "Win32_") and columns in lower case. The one operating
 /// system and the one computer are maps of their columns; of everything else there is a map of rows "1", "2", ... Every
-/// column is there: what the system does not tell is null. Numbers are integers and dates texts "YYYY-MM-DD".
+/// column is there, a text or an integer; dates are texts "YYYY-MM-DD". What the system does not tell is empty or 0.
 void collectManagement(const ManagementSelect& select, bool full, kyVariant::kyVariantMapImpl& out);
 
 } // namespace ky::impl

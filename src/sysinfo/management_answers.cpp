@@ -10,19 +10,13 @@ namespace ky::impl
 namespace
 {
 
-/// Null for an empty text.
-kyVariant known(const std::string& text) { return text.empty() ? kyVariant() : kyVariant(text); }
-
-/// Null for 0.
-kyVariant known(std::uint64_t number) { return number == 0 ? kyVariant() : kyVariant(number); }
-
 std::vector<ManagementRow> operatingSystem(const SystemTree& tree)
 {
     const LinuxFacts facts = linuxFacts(tree);
     ManagementRow row;
-    row["Caption"] = known(osReleaseValue(facts.osRelease, "PRETTY_NAME"));
-    row["BuildNumber"] = known(cleanLine(tree.read("/proc/sys/kernel/version")));
-    row["Version"] = known(facts.kernelRelease);
+    row["Caption"] = osReleaseValue(facts.osRelease, "PRETTY_NAME");
+    row["BuildNumber"] = cleanLine(tree.read("/proc/sys/kernel/version"));
+    row["Version"] = facts.kernelRelease;
     row["OSArchitecture"] = facts.is64Bit ? "64-bit" : "32-bit";
     return {row};
 }
@@ -36,9 +30,9 @@ std::vector<ManagementRow> processors(const SystemTree& tree)
             tree.read("/sys/devices/system/cpu/cpu" + std::to_string(package.processor) + "/cpufreq/cpuinfo_max_freq"),
             10);
         ManagementRow row;
-        row["Caption"] = known(package.caption);
-        row["Name"] = known(package.name);
-        row["MaxClockSpeed"] = known(kilohertz ? *kilohertz / 1000 : package.megahertz);
+        row["Caption"] = package.caption;
+        row["Name"] = package.name;
+        row["MaxClockSpeed"] = kilohertz ? *kilohertz / 1000 : package.megahertz;
         rows.push_back(row);
     }
     return rows;
@@ -59,15 +53,15 @@ std::vector<ManagementRow> videoControllers(const SystemTree& tree, const PciLis
     for (const GraphicsCard& adapter : findGraphicsCards(tree, readList))
     {
         ManagementRow row;
-        row["Caption"] = known(adapter.info.description);
-        row["Description"] = known(adapter.info.description);
-        row["AdapterRAM"] = known(adapter.info.dedicatedVideoMemory);
-        row["DriverVersion"] = known(driverVersion(tree, adapter.driver));
+        row["Caption"] = adapter.info.description;
+        row["Description"] = adapter.info.description;
+        row["AdapterRAM"] = adapter.info.dedicatedVideoMemory;
+        row["DriverVersion"] = driverVersion(tree, adapter.driver);
         const std::vector<MonitorText> monitors =
             adapter.card.empty() ? std::vector<MonitorText>() : findMonitors(tree, adapter.card);
         const ScreenSize screen = monitors.empty() ? ScreenSize() : monitors.front().screen;
-        row["CurrentHorizontalResolution"] = known(std::uint64_t{screen.width});
-        row["CurrentVerticalResolution"] = known(std::uint64_t{screen.height});
+        row["CurrentHorizontalResolution"] = screen.width;
+        row["CurrentVerticalResolution"] = screen.height;
         rows.push_back(row);
     }
     return rows;
@@ -79,9 +73,9 @@ std::vector<ManagementRow> monitors(const SystemTree& tree)
     for (const MonitorText& monitor : findMonitors(tree, {}))
     {
         ManagementRow row;
-        row["Name"] = known(monitor.name);
-        row["ScreenWidth"] = known(std::uint64_t{monitor.screen.width});
-        row["ScreenHeight"] = known(std::uint64_t{monitor.screen.height});
+        row["Name"] = monitor.name;
+        row["ScreenWidth"] = monitor.screen.width;
+        row["ScreenHeight"] = monitor.screen.height;
         rows.push_back(row);
     }
     return rows;
@@ -93,13 +87,13 @@ std::vector<ManagementRow> computerSystem(const SystemTree& tree)
     const std::string model = cleanLine(tree.read(folder + "/product_name"));
     const std::string domain = cleanLine(tree.read("/proc/sys/kernel/domainname"));
     ManagementRow row;
-    row["Manufacturer"] = known(cleanLine(tree.read(folder + "/sys_vendor")));
+    row["Manufacturer"] = cleanLine(tree.read(folder + "/sys_vendor"));
     // Boards without such firmware are named by their device tree, whose texts end with NUL.
-    row["Model"] = known(model.empty() ? cleanLine(tree.read("/proc/device-tree/model").c_str()) : model);
-    row["SystemFamily"] = known(cleanLine(tree.read(folder + "/product_family")));
-    row["TotalPhysicalMemory"] = known(memoryInfoBytes(tree.read("/proc/meminfo"), "MemTotal").value_or(0));
-    row["Domain"] = domain == "(none)" ? kyVariant() : known(domain);
-    row["Name"] = known(cleanLine(tree.read("/proc/sys/kernel/hostname")));
+    row["Model"] = model.empty() ? cleanLine(tree.read("/proc/device-tree/model").c_str()) : model;
+    row["SystemFamily"] = cleanLine(tree.read(folder + "/product_family"));
+    row["TotalPhysicalMemory"] = memoryInfoBytes(tree.read("/proc/meminfo"), "MemTotal").value_or(0);
+    row["Domain"] = domain == "(none)" ? std::string() : domain;
+    row["Name"] = cleanLine(tree.read("/proc/sys/kernel/hostname"));
     return {row};
 }
 

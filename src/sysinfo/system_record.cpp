@@ -103,7 +103,7 @@ void queryManagement(SystemRecord& record)
     collectManagement(select, true, record.managementFull);
     // The service knows a user at the console only.
     kyVariant& user = record.managementFull.editValuePath("computersystem/username");
-    if (user.isNull())
+    if (user.getString().empty())
         user = kySystemUtils::GetCurrentUserNameUtf8();
     collectManagement(select, false, record.managementBasic);
 }
