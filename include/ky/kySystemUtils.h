@@ -189,7 +189,7 @@ public:
     /// at initialization, whatever the machine has. 1 when the variable is not set; see ExportProcessorCount().
     [[nodiscard]] static int GetIdealThreadCount();
 
-    /// The display adapters, in the system's order.
+    /// The display adapters, in the system's order. Looked up at the first initialization of the process.
     [[nodiscard]] static const std::vector<DirectXDeviceInfo>& GetDirectXDevices();
 
     /// Answers of the management queries: texts and integers, empty or 0 where the system does not tell.

@@ -54,6 +54,13 @@ void readInstalledMemory(SystemRecord& record)
         record.installedMemory = static_cast<std::int64_t>(kilobytes * 1024);
 }
 
+/// Loading the graphics library takes tens of milliseconds; a process that initializes often pays once.
+void readAdapters(SystemRecord& record)
+{
+    static const std::vector<kySystemUtils::DirectXDeviceInfo> found = native::listAdapters();
+    record.adapters = found;
+}
+
 /// What the version call may hide from programs made for older systems.
 void addRegistryValues(WindowsFacts& facts)
 {
@@ -85,7 +92,7 @@ void gatherRecord(SystemRecord& record)
 {
     readProcessorCount(record);
     readInstalledMemory(record);
-    record.adapters = native::listAdapters();
+    readAdapters(record);
     record.osDescription = describeThisOs();
 }
 

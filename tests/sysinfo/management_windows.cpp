@@ -39,7 +39,9 @@ TEST(ManagementQueries, LeaveComOnTheThreadAsItWas)
             [&]
             {
                 if (row.mode != 0xffffffff)
+                {
                     ASSERT_EQ(CoInitializeEx(nullptr, row.mode), S_OK);
+                }
                 EXPECT_FALSE(kySystemUtils::GetWmicInfo(true).empty());
                 EXPECT_EQ(apartmentOfThread(), row.apartment);
                 if (row.mode != 0xffffffff)

@@ -49,7 +49,8 @@ TEST(SystemText, NumbersAreWholeOrNothing)
     EXPECT_EQ(parseNumber("18446744073709551615", 10), 18446744073709551615u);
     for (const char* const text : {"", "-1", "+1", "1.5", "12 kB", "0x", "18446744073709551616", "abc"})
         EXPECT_FALSE(parseNumber(text, 10)) << text;
-    EXPECT_EQ(memoryInfoBytes("SwapTotal: 7 kB\nMemTotal:       24684092 kB\n", "MemTotal"), 24684092u * 1024u);
+    EXPECT_EQ(memoryInfoBytes("SwapTotal: 7 kB\nMemTotal:       24684092 kB\n", "MemTotal"),
+              std::uint64_t{24684092} * 1024);
     for (const char* const text : {"", "MemTotal:", "MemTotal: kB", "MemTotal: 5", "MemTotal: x kB", "MemTotal: -5 kB",
                                    "XMemTotal: 5 kB", "MemTotal: 18446744073709551615 kB"})
         EXPECT_FALSE(memoryInfoBytes(text, "MemTotal")) << text;

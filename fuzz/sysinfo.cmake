@@ -1,0 +1,2 @@
+ky_fuzz(edid sysinfo/edid_fuzz.cpp)
+ky_fuzz(system_texts sysinfo/system_texts_fuzz.cpp)
