@@ -28,7 +28,8 @@ class Tool : public testing::Test
 protected:
     Result ky(const std::vector<std::string>& arguments)
     {
-        const std::string file = dir.file("output.txt");
+        // A process that the system starts on behalf of the tool may still hold the file of the last run.
+        const std::string file = dir.file("output" + std::to_string(++runs) + ".txt");
         Result result;
         result.exitCode = ky::test::ChildProcess::program("ky", arguments, file).wait();
         result.output = readFile(file);
@@ -37,6 +38,7 @@ protected:
     }
 
     TempDir dir;
+    int runs = 0;
 };
 
 TEST_F(Tool, WrongUsageIsTwoAndHelpIsZero)
