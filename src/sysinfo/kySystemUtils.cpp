@@ -77,9 +77,9 @@ std::string kySystemUtils::CreateUuid(bool withBraces)
     char* end = text + (withBraces ? 1 : 0);
     for (const char c : dashed)
     {
-        const bool upper = c >= 'A' && c <= 'F';
-        if (c != '-' || withBraces)
-            *end++ = upper ? static_cast<char>(c - 'A' + 'a') : c;
+        // Lower case for letters; digits and dashes have this bit already.
+        *end = static_cast<char>(c | 0x20);
+        end += c != '-' || withBraces ? 1 : 0;
     }
     if (withBraces)
         *end++ = '}';
