@@ -5,12 +5,17 @@
 /// The whole public interface.
 
 #include <ky/kyCsvFileReader.h>
+#include <ky/kyHighResTimer.h>
 #include <ky/kyIniFile.h>
 #include <ky/kyLog.h>
 #include <ky/kyMutex.h>
+#include <ky/kyProgressNotifier.h>
 #include <ky/kySemaphore.h>
+#include <ky/kyStamp.h>
 #include <ky/kyStringUtils.h>
 #include <ky/kySystem.h>
 #include <ky/kySystemUtils.h>
+#include <ky/kyTimer.h>
 #include <ky/kyVariant.h>
+#include <ky/kyVersion.h>
 #include <ky/kyWaitCondition.h>
