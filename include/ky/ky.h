@@ -4,6 +4,7 @@
 /// \file
 /// The whole public interface.
 
+#include <ky/kyCpuInfo.h>
 #include <ky/kyCsvFileReader.h>
 #include <ky/kyHighResTimer.h>
 #include <ky/kyIniFile.h>

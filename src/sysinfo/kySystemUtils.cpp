@@ -70,17 +70,20 @@ unsigned long long kySystemUtils::GetCurrentProcessID() { return impl::native::c
 
 std::string kySystemUtils::CreateUuid(bool withBraces)
 {
-    std::string dashed;
+    char dashed[36];
     if (!impl::native::createUuidText(dashed))
         return {};
-    std::string text;
+    char text[38] = {'{'};
+    char* end = text + (withBraces ? 1 : 0);
     for (const char c : dashed)
     {
         const bool upper = c >= 'A' && c <= 'F';
         if (c != '-' || withBraces)
-            text += upper ? static_cast<char>(c - 'A' + 'a') : c;
+            *end++ = upper ? static_cast<char>(c - 'A' + 'a') : c;
     }
-    return withBraces ? "{" + text + "}" : text;
+    if (withBraces)
+        *end++ = '}';
+    return std::string(text, end);
 }
 
 namespace impl

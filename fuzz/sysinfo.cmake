@@ -1,0 +1,1 @@
+ky_fuzz(machine_texts sysinfo/machine_texts_fuzz.cpp)
