@@ -8,6 +8,7 @@
 #include <ky/kyIniFile.h>
 #include <ky/kyLog.h>
 #include <ky/kyMutex.h>
+#include <ky/kyResource.h>
 #include <ky/kySemaphore.h>
 #include <ky/kyStringUtils.h>
 #include <ky/kySystem.h>

@@ -3,6 +3,7 @@
 #include <ky/kySystem.h>
 
 #include "frame/library_state.h"
+#include "frame/resource_registry.h"
 #include "platform/process_id_native.h"
 
 #include <ky/kyLog.h>
@@ -38,14 +39,14 @@ void startLight()
     kyLog::createInstance(false);
     kySystemUtils::InitializeSystemUtils();
     kyStringUtils::InitializeStringUtils();
-    // Next in order: the resource registry, empty and without a lock.
+    impl::createResourceRegistry();
 }
 
 void startFull()
 {
     impl::setLibraryState(LibraryState::Full);
     impl::setRecordedProcessId(impl::native::currentProcessId());
-    // Next in order: the lock of the resource registry.
+    impl::makeResourceRegistryThreadSafe();
     if (kyLog* const log = kyLog::editPtr())
         log->makeThreadSafe();
     kyWaitCondition::FindBestImplementation();
@@ -69,7 +70,8 @@ void terminateKySystem()
     if (!lightCounter().decrementInitCounter())
         return;
     fullCounter().clearInitCounter();
-    // First in order, when full: the worker pool and the signal watchers; then the resource registry with its lock.
+    // First in order, when full: the worker pool and the signal watchers.
+    impl::destroyResourceRegistry();
     kyStringUtils::TerminateStringUtils();
     kySystemUtils::TerminateSystemUtils();
     kyLog::destroyInstance();
