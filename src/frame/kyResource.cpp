@@ -8,11 +8,13 @@
 #include <ky/kyLog.h>
 #include <ky/kyMutex.h>
 
+#include <atomic>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string_view>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -45,7 +47,7 @@ struct Registry
     std::unique_ptr<kyMutex> lock; ///< null until full initialization
 };
 
-// Written under the list's mutex, by initialization and termination only.
+// Written under the list's lock, by initialization and termination only.
 Registry* sRegistry = nullptr;
 
 /// Holds the registry's lock for a scope, where there is one.
@@ -104,17 +106,33 @@ void add(Registry& registry, const char* name, const Block& block, Messages& mes
 namespace rc::impl
 {
 
+/// A lock that is ready before any static object is initialized, which not every platform's std::mutex is. Held for
+/// moments, and rarely wanted by two threads at once.
+class EarlyLock
+{
+public:
+    void lock() noexcept
+    {
+        while (mTaken.test_and_set(std::memory_order_acquire))
+            std::this_thread::yield();
+    }
+    void unlock() noexcept { mTaken.clear(std::memory_order_release); }
+
+private:
+    std::atomic_flag mTaken;
+};
+
 /// The modules that carry blocks, in the order of their loading. Ready before any static object is initialized and
 /// never destroyed.
 class EmbeddedList
 {
 public:
-    std::mutex& mutex() { return mMutex; }
+    EarlyLock& lock() { return mLock; }
 
     void enter(EmbeddedResources& module) noexcept
     {
         Messages messages;
-        const std::lock_guard guard(mMutex);
+        const std::lock_guard guard(mLock);
         module.mPrevious = mLast;
         (mLast != nullptr ? mLast->mNext : mFirst) = &module;
         mLast = &module;
@@ -133,7 +151,7 @@ public:
 
     void leave(EmbeddedResources& module) noexcept
     {
-        const std::lock_guard guard(mMutex);
+        const std::lock_guard guard(mLock);
         (module.mPrevious != nullptr ? module.mPrevious->mNext : mFirst) = module.mNext;
         (module.mNext != nullptr ? module.mNext->mPrevious : mLast) = module.mPrevious;
         if (sRegistry == nullptr)
@@ -164,7 +182,7 @@ private:
         }
     }
 
-    std::mutex mMutex; ///< comes before the registry's lock
+    EarlyLock mLock; ///< comes before the registry's lock
     EmbeddedResources* mFirst = nullptr;
     EmbeddedResources* mLast = nullptr;
 };
@@ -178,7 +196,7 @@ kyMutex* sHeldForFork = nullptr;
 
 void holdForFork()
 {
-    sList.mutex().lock();
+    sList.lock().lock();
     sHeldForFork = sRegistry != nullptr ? sRegistry->lock.get() : nullptr;
     if (sHeldForFork != nullptr)
         sHeldForFork->lock();
@@ -188,7 +206,7 @@ void releaseAfterFork()
 {
     if (sHeldForFork != nullptr)
         std::exchange(sHeldForFork, nullptr)->unlock();
-    sList.mutex().unlock();
+    sList.lock().unlock();
 }
 
 // Before the logger's: the last one registered is taken first, and a log handler may look resources up.
@@ -286,7 +304,7 @@ void createResourceRegistry()
     rc::impl::EmbeddedList& list = rc::impl::sList;
     Messages messages;
     auto registry = std::make_unique<Registry>();
-    const std::lock_guard guard(list.mutex());
+    const std::lock_guard guard(list.lock());
     list.addAll(*registry, messages);
     sRegistry = registry.release();
 }
@@ -297,7 +315,7 @@ void makeResourceRegistryThreadSafe()
     if (sRegistry->lock != nullptr)
         return;
     auto lock = std::make_unique<kyMutex>();
-    const std::lock_guard guard(rc::impl::sList.mutex());
+    const std::lock_guard guard(rc::impl::sList.lock());
     sRegistry->lock = std::move(lock);
 }
 
@@ -305,7 +323,7 @@ void destroyResourceRegistry() noexcept
 {
     std::unique_ptr<Registry> registry;
     {
-        const std::lock_guard guard(rc::impl::sList.mutex());
+        const std::lock_guard guard(rc::impl::sList.lock());
         registry.reset(std::exchange(sRegistry, nullptr));
     }
     // The lock first, by the order of the members; in a forked child it reports that.

@@ -11,6 +11,8 @@
 #include <ky/kySystemUtils.h>
 #include <ky/kyWaitCondition.h>
 
+#include <new>
+
 namespace ky
 {
 
@@ -20,16 +22,18 @@ namespace
 using impl::LibraryState;
 
 // Made at first use and never destroyed: static objects of clients may initialize before this file's statics exist, and
-// terminate after they are gone.
+// terminate after they are gone. Their memory goes with the library when it is unloaded.
 impl::LibInitCounter& lightCounter()
 {
-    static impl::LibInitCounter& counter = *new impl::LibInitCounter("systemlight", true);
+    alignas(impl::LibInitCounter) static unsigned char memory[sizeof(impl::LibInitCounter)];
+    static impl::LibInitCounter& counter = *new (memory) impl::LibInitCounter("systemlight", true);
     return counter;
 }
 
 impl::LibInitCounter& fullCounter()
 {
-    static impl::LibInitCounter& counter = *new impl::LibInitCounter("systemfull", false);
+    alignas(impl::LibInitCounter) static unsigned char memory[sizeof(impl::LibInitCounter)];
+    static impl::LibInitCounter& counter = *new (memory) impl::LibInitCounter("systemfull", false);
     return counter;
 }
 
