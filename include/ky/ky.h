@@ -11,6 +11,7 @@
 #include <ky/kyLog.h>
 #include <ky/kyMutex.h>
 #include <ky/kyProgressNotifier.h>
+#include <ky/kyResource.h>
 #include <ky/kySemaphore.h>
 #include <ky/kyStamp.h>
 #include <ky/kyStringUtils.h>
