@@ -12,5 +12,8 @@
 #include <ky/kyStringUtils.h>
 #include <ky/kySystem.h>
 #include <ky/kySystemUtils.h>
+#include <ky/kyThread.h>
+#include <ky/kyThreadPeriodicalUpdater.h>
 #include <ky/kyVariant.h>
 #include <ky/kyWaitCondition.h>
+#include <ky/kyWorkThread.h>
