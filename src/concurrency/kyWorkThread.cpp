@@ -59,11 +59,11 @@ void kyWorkThread::RunTurns(void* turns)
 }
 
 /// Locks the queue and waits once when there is nothing to do. False, with the queue unlocked, when the worker must
-/// stop.
+/// stop. (A stop while a job was processed has found nobody to wake.)
 bool kyWorkThread::waitForTurn(kyMutexLocker& queueLock)
 {
     queueLock.lock();
-    if (mQueue.empty() || mIdle)
+    if (!mMustStop && (mQueue.empty() || mIdle))
     {
         mIdle = true;
         mWake.wait(&mQueueMutex, impl::waitWithoutLimit);
