@@ -84,11 +84,30 @@ Watch& watchOf(int number)
     return sWatches[0];
 }
 
+/// Whether this is called from the system's exception dispatch, and not by raise().
+SignalOrigin originOfSignal() noexcept
+{
+    const HMODULE ntdll = GetModuleHandleW(L"ntdll.dll");
+    const FARPROC dispatcher = ntdll == nullptr ? nullptr : GetProcAddress(ntdll, "KiUserExceptionDispatcher");
+    DWORD64 base = 0;
+    const auto functionAt = [&base](const void* address)
+    { return RtlLookupFunctionEntry(reinterpret_cast<DWORD64>(address), &base, nullptr); };
+    const RUNTIME_FUNCTION* const dispatch = functionAt(reinterpret_cast<const void*>(dispatcher));
+    void* frames[62];
+    const WORD count = RtlCaptureStackBackTrace(0, 62, frames, nullptr);
+    for (WORD n = 0; n < count; ++n)
+    {
+        if (dispatch == nullptr || functionAt(frames[n]) == dispatch)
+            return SignalOrigin::Fault;
+    }
+    return SignalOrigin::Raised;
+}
+
 // The C runtime has put the default disposition back by now: a fault that comes again ends the process.
 extern "C" void onSignal(int number)
 {
     if (const SignalReport report = watchOf(number).report)
-        report(number, SignalOrigin::Unknown);
+        report(number, originOfSignal());
 }
 
 /// So much of the stack is left for the filter when the rest is used up.
