@@ -7,12 +7,14 @@
 #include <ky/kyConcurrent.h>
 #include <ky/kyConcurrentPool.h>
 #include <ky/kyCsvFileReader.h>
+#include <ky/kyException.h>
 #include <ky/kyIniFile.h>
 #include <ky/kyLog.h>
 #include <ky/kyMutex.h>
 #include <ky/kySemaphore.h>
 #include <ky/kyStringUtils.h>
 #include <ky/kySystem.h>
+#include <ky/kySystemError.h>
 #include <ky/kySystemUtils.h>
 #include <ky/kyThread.h>
 #include <ky/kyThreadPeriodicalUpdater.h>
