@@ -109,7 +109,7 @@ public:
     /// Suspends the calling thread.
     static void sleep(unsigned long seconds);
 
-    /// Suspends the calling thread; 0 gives other threads a turn. On Windows 0xFFFFFFFF means for ever.
+    /// Suspends the calling thread; 0 gives other threads a turn.
     static void msleep(unsigned long ms);
 
     /// Suspends the calling thread for whole milliseconds: `us` / 1000, cut. Below 1000 it gives other threads a turn.

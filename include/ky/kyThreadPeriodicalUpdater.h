@@ -55,12 +55,14 @@ private:
     };
 
     static void RunRounds(void* updater);
+    void callAll();
 
     std::list<Callback> mCallbacks;
     kyMutex mMutex; ///< guards everything here
     kyWaitCondition mWake;
     unsigned int mPeriodMs;
     bool mStop;
+    bool mIsRoundDue;                    ///< somebody has been registered since the last round
     std::list<Callback>::iterator mNext; ///< what the present round calls next
 };
 

@@ -108,7 +108,7 @@ protected:
 private:
     struct Turns;
     static void RunTurns(void* turns);
-    bool takeJob(kyMutexLocker& queueLock, kyJob*& job);
+    bool waitForTurn(kyMutexLocker& queueLock);
 
     kyWaitCondition mWake;
     kyMutex mQueueMutex; ///< guards the queue and the flags
