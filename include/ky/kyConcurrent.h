@@ -25,9 +25,9 @@
 /// - When a body throws, no further block is begun; the first exception is thrown by the call after all blocks in
 ///   progress have ended. A body that crashes is reported as guarded code is (see kyException.h) and counts as one that
 ///   has thrown a std::runtime_error.
-/// - With a notifier (not owned, may be null), progress is reported as a step group of one step that counts indices,
-///   and shouldCancel() is asked after every block, all of it on the calling thread only. After a cancellation no
-///   further block is begun.
+/// - With a notifier (not owned, may be null), progress is reported as a step group of one step that counts indices, on
+///   the calling thread only; shouldCancel() is asked after every block, on the thread that has run it. After a
+///   cancellation no further block is begun.
 /// - terminateKySystem() waits for calls in progress; it must not be called from a body. A child that is forked in a
 ///   body must not return from it.
 
