@@ -164,7 +164,7 @@ private:
     const kyProgressNotifierInterface* mParent;
     float mGlobalProgress = -1.0F;
     std::atomic<bool> mInternalCancel{false};
-    const bool mNeverCancelled = false;
+    bool mNeverCancelled = false; ///< what mExternalCancel points to when no flag was given
 };
 
 /// Draws a bar on the standard output, in place, whenever the whole percentage changes: a carriage return, then for

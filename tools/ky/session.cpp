@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ky/session.h"
 
+#include "ky/progress.h"
+
 #include <ky/kyLog.h>
 #include <ky/kySystem.h>
 
@@ -14,8 +16,10 @@ namespace
 
 void showProblems(const std::string& message, kyLogType type, const std::string&, void*)
 {
-    if (type == kyLogType::WARNING || type == kyLogType::CRITICAL)
-        std::cerr << "ky: " << message << '\n';
+    if (type != kyLogType::WARNING && type != kyLogType::CRITICAL)
+        return;
+    hideBar();
+    std::cerr << "ky: " << message << '\n';
 }
 
 } // namespace
