@@ -31,6 +31,12 @@ void abandonInChild()
     sUses = 0;
 }
 
+void endUse() noexcept
+{
+    if (--sUses == 0 && sPool == nullptr)
+        sUses.notify_all();
+}
+
 } // namespace
 
 namespace impl
@@ -58,14 +64,19 @@ void destroyConcurrentPool()
 
 PoolUse::PoolUse() noexcept : mPool(nullptr)
 {
+    // Those who come when it is gone do not keep the one who waits for the others.
+    if (sPool == nullptr)
+        return;
     ++sUses;
     mPool = sPool;
+    if (mPool == nullptr)
+        endUse();
 }
 
 PoolUse::~PoolUse()
 {
-    if (--sUses == 0 && sPool == nullptr)
-        sUses.notify_all();
+    if (mPool != nullptr)
+        endUse();
 }
 
 } // namespace impl
