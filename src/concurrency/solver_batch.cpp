@@ -21,18 +21,8 @@ TaskQueue::TaskQueue(TaskList& tasks, kyMutex& mutex, kyWaitCondition& taskCondi
 
 void TaskQueue::workOff()
 {
-    while (!mTasks.empty())
-    {
-        ConcurrentPool::Task& task = *mTasks.front();
-        mTasks.pop_front();
-        execute(task);
-    }
-}
-
-void TaskQueue::execute(ConcurrentPool::Task& task)
-{
-    auto call = [&] { task.execute(&mMutex, &mTaskCondition); };
-    std::exception_ptr thrown = callGuarded(call);
+    auto executeAll = [this] { executeTasks(); };
+    std::exception_ptr thrown = callGuarded(executeAll);
     if (!thrown)
         return;
     // A task may fail while it has released the mutex.
@@ -41,6 +31,16 @@ void TaskQueue::execute(ConcurrentPool::Task& task)
     mTasks.clear();
     if (!mThrown)
         mThrown = std::move(thrown);
+}
+
+void TaskQueue::executeTasks()
+{
+    while (!mTasks.empty())
+    {
+        ConcurrentPool::Task& task = *mTasks.front();
+        mTasks.pop_front();
+        task.execute(&mMutex, &mTaskCondition);
+    }
 }
 
 void TaskQueue::rethrow() const

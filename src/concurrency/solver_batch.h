@@ -26,7 +26,7 @@ public:
     void rethrow() const;
 
 private:
-    void execute(ConcurrentPool::Task& task);
+    void executeTasks();
 
     TaskList& mTasks;
     kyMutex& mMutex;
