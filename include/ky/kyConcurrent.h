@@ -71,7 +71,8 @@ protected:
 private:
     friend class LoopTask;
 
-    void runShared(LoopTask& task);
+    bool runShared();
+    bool runOn(ConcurrentPool& pool, std::uint64_t threads);
 
     std::uint64_t mCount;
     std::uint64_t mGrain;
@@ -162,7 +163,7 @@ namespace concurrent
 {
 
 /// Calls `body(index)` for every index from `begin` up to and without `end`, or, when it takes two, `body(first, last)`
-/// for every block of indices. Blocks are begun in ascending order.
+/// for every block of indices. Every thread meets its blocks in ascending order.
 ///
 /// \return whether everything was done; false only after a cancellation
 template <typename Begin, typename End, typename Body>

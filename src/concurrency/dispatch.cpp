@@ -18,6 +18,9 @@ namespace
 {
 
 constexpr std::uint64_t defaultBlocks = 256;
+/// A thread claims blocks by the dozen while there are many for every thread, and one by one towards the end.
+constexpr std::uint64_t claimsPerThread = 16;
+constexpr std::uint64_t largestClaim = 16;
 constexpr std::size_t cacheLine = 64;
 
 std::uint64_t divideUp(std::uint64_t value, std::uint64_t divisor) noexcept
@@ -25,13 +28,22 @@ std::uint64_t divideUp(std::uint64_t value, std::uint64_t divisor) noexcept
     return value / divisor + (value % divisor != 0 ? 1 : 0);
 }
 
+/// The calling thread takes the place of one worker where there are several.
+unsigned int threadsFor(const ConcurrentPool& pool) { return std::max(2U, pool.getWorkerCount()); }
+
 } // namespace
 
 /// What all threads that work at a loop share. One object is added to the solver once for each of them.
 class LoopTask final : public ConcurrentPool::Task
 {
 public:
-    explicit LoopTask(BlockLoop& loop) : mLoop(loop), mBlocks(loop.blockCount()), mCaller(std::this_thread::get_id()) {}
+    LoopTask(BlockLoop& loop, std::uint64_t threads)
+        : mLoop(loop),
+          mBlocks(loop.blockCount()),
+          mClaims(threads * claimsPerThread),
+          mCaller(std::this_thread::get_id())
+    {
+    }
 
     void execute(kyMutex* poolMutex, kyWaitCondition*) override
     {
@@ -55,17 +67,30 @@ public:
 private:
     void runBlocks()
     {
-        while (!mStop.load(std::memory_order_relaxed))
+        for (;;)
         {
-            const std::uint64_t block = mNext.fetch_add(1, std::memory_order_relaxed);
-            if (block >= mBlocks)
+            const std::uint64_t left = mBlocks - std::min(mBlocks, mNext.load(std::memory_order_relaxed));
+            const std::uint64_t wanted = std::clamp<std::uint64_t>(left / mClaims, 1, largestClaim);
+            const std::uint64_t claimed = mNext.fetch_add(wanted, std::memory_order_relaxed);
+            const std::uint64_t end = std::min(mBlocks, claimed + wanted);
+            if (claimed >= mBlocks)
                 return;
-            const std::uint64_t first = block * mLoop.mGrain;
-            const std::uint64_t size = std::min(mLoop.mGrain, mLoop.mCount - first);
-            mLoop.runBlock(block, first, first + size);
-            if (mLoop.mNotifier != nullptr)
-                report(size);
+            for (std::uint64_t block = claimed; block != end; ++block)
+            {
+                if (mStop.load(std::memory_order_relaxed))
+                    return;
+                runBlock(block);
+            }
         }
+    }
+
+    void runBlock(std::uint64_t block)
+    {
+        const std::uint64_t first = block * mLoop.mGrain;
+        const std::uint64_t size = std::min(mLoop.mGrain, mLoop.mCount - first);
+        mLoop.runBlock(block, first, first + size);
+        if (mLoop.mNotifier != nullptr)
+            report(size);
     }
 
     /// A notifier may be asked by any thread; to report to it is for one.
@@ -80,10 +105,11 @@ private:
 
     BlockLoop& mLoop;
     const std::uint64_t mBlocks;
+    const std::uint64_t mClaims;
     const std::thread::id mCaller;
-    std::atomic<std::uint64_t> mDone{0}; ///< indices; counted for the notifier only
     std::atomic<bool> mStop{false};
     alignas(cacheLine) std::atomic<std::uint64_t> mNext{0}; ///< block
+    alignas(cacheLine) std::atomic<std::uint64_t> mDone{0}; ///< indices; counted for the notifier only
 };
 
 BlockLoop::BlockLoop(std::uint64_t count, std::uint64_t grain, kyProgressNotifierInterface* notifier)
@@ -106,28 +132,30 @@ bool BlockLoop::run()
             return mCount == 0;
         mNotifier->beginStepGroup(1, static_cast<double>(mCount), &closer);
     }
-    LoopTask task(*this);
-    runShared(task);
-    return task.isComplete();
+    return runShared();
 }
 
-/// The calling thread takes the place of one worker where there are several.
-void BlockLoop::runShared(LoopTask& task)
+bool BlockLoop::runShared()
 {
     const std::uint64_t blocks = blockCount();
     if (blocks > 1 && currentWorker() == nullptr)
     {
         const PoolUse use;
-        if (ConcurrentPool* const pool = use.pool())
-        {
-            const unsigned int helpers = std::max(2u, pool->getWorkerCount()) - 1;
-            for (std::uint64_t threads = std::min<std::uint64_t>(blocks, helpers + 1u); threads != 0; --threads)
-                addTask(&task);
-            solve(*pool);
-            return;
-        }
+        if (use.pool() != nullptr)
+            return runOn(*use.pool(), std::min<std::uint64_t>(blocks, threadsFor(*use.pool())));
     }
+    LoopTask task(*this, 1);
     task.work();
+    return task.isComplete();
+}
+
+bool BlockLoop::runOn(ConcurrentPool& pool, std::uint64_t threads)
+{
+    LoopTask task(*this, threads);
+    for (std::uint64_t added = 0; added != threads; ++added)
+        addTask(&task);
+    solve(pool);
+    return task.isComplete();
 }
 
 } // namespace ky::impl
