@@ -52,8 +52,8 @@ protected:
 /// States: not started; running; finished, but not joined; joined. A joined object can be started again.
 ///
 /// Thread safety: isRunning() and the static functions may be called from any thread. Everything else is for one thread
-/// at a time, normally the one that owns the object; the thread itself may ask for its name and id. A thread object
-/// that exists in a child made by `fork()` has no thread there: it can be destroyed, not joined.
+/// at a time, normally the one that owns the object; the thread itself may ask for its name and id. In a child made by
+/// `fork()` a started object has no thread: waitThread() notices that and answers false, and it can be destroyed.
 class KY_API kyThread : public kyRunnableInterface
 {
 public:
@@ -118,6 +118,7 @@ public:
 private:
     static void Run(kyThread* thread);
     static void RunImpl(void* thread);
+    void forgetThread();
 
     impl::ThreadHolder* mHolder; ///< owned; null without a thread
     std::string mName;

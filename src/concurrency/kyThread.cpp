@@ -63,7 +63,7 @@ struct impl::ThreadHolder
             fail(std::errc::invalid_argument);
         if (native::isCurrentThread(thread))
             fail(std::errc::resource_deadlock_would_occur);
-        if (!isOfThisProcess() || !native::joinThread(thread))
+        if (!native::joinThread(thread))
             fail(std::errc::no_such_process);
     }
 };
@@ -78,10 +78,7 @@ kyThread::kyThread() : mHolder(nullptr), mRunning(false)
 kyThread::~kyThread()
 {
     checkFork();
-    if (mHolder != nullptr && !mHolder->isOfThisProcess())
-        delete mHolder;
-    else
-        waitThread(joinWithoutLimit);
+    waitThread(joinWithoutLimit);
 }
 
 void kyThread::run() {}
@@ -107,12 +104,18 @@ void kyThread::startThread(const char* name)
 /// The entry of the new thread. Nothing here allocates: the room for the id is there.
 void kyThread::Run(kyThread* thread)
 {
+    // Whichever way the thread ends, being cancelled included.
+    struct Ended
+    {
+        ~Ended() { running.store(false, std::memory_order_release); }
+        std::atomic<bool>& running;
+    };
+    const Ended ended{thread->mRunning};
     const std::uint32_t id = native::currentThreadId();
     thread->mName.append(1, ' ').append(std::to_string(id));
     native::nameCurrentThread(thread->mName);
     thread->mHolder->publish(id);
     guardedCall(&RunImpl, thread);
-    thread->mRunning.store(false, std::memory_order_release);
 }
 
 void kyThread::RunImpl(void* thread) { static_cast<kyThread*>(thread)->run(); }
@@ -121,6 +124,12 @@ bool kyThread::waitThread(int timeoutMs)
 {
     if (mHolder == nullptr)
         return false;
+    if (!mHolder->isOfThisProcess())
+    {
+        forgetThread();
+        mRunning.store(false, std::memory_order_relaxed);
+        return false;
+    }
     if (timeoutMs < joinWithoutLimit)
     {
         const std::int64_t start = native::ticksSinceStartMs();
@@ -130,9 +139,14 @@ bool kyThread::waitThread(int timeoutMs)
             return false;
     }
     mHolder->join();
+    forgetThread();
+    return true;
+}
+
+void kyThread::forgetThread()
+{
     delete mHolder;
     mHolder = nullptr;
-    return true;
 }
 
 bool kyThread::isRunning() const { return mRunning.load(std::memory_order_acquire); }

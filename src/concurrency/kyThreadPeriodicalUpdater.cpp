@@ -31,6 +31,9 @@ kyThreadPeriodicalUpdater::kyThreadPeriodicalUpdater(unsigned int periodSeconds)
 
 kyThreadPeriodicalUpdater::~kyThreadPeriodicalUpdater()
 {
+    // In a forked child the thread is gone and may have held the mutex.
+    waitThread(-1);
+    if (!isFinished())
     {
         const kyMutexLocker locker(mMutex);
         mStop = true;
@@ -43,6 +46,8 @@ void kyThreadPeriodicalUpdater::addCallback(void (*fn)(void*), void* userData)
 {
     const kyMutexLocker locker(mMutex);
     impl::appendLimited(mCallbacks, Callback{fn, userData}, mCallbacks.max_size());
+    if (mNext == mCallbacks.end())
+        --mNext;
     mIsRoundDue = true;
     mWake.wakeAll();
 }
