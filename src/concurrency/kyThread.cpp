@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <ky/kyThread.h>
 
-#include "concurrency/guarded_call.h"
 #include "concurrency/sync_native.h"
 #include "concurrency/thread_native.h"
 #include "concurrency/wait_limits.h"
@@ -9,6 +8,8 @@
 #include "platform/clock_native.h"
 #include "platform/process_id_native.h"
 #include "platform/type_name.h"
+
+#include <ky/kyException.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -29,6 +30,9 @@ constexpr std::uint64_t pollIntervalMs = 15;
 
 /// Room for a blank and an id.
 constexpr std::size_t idRoom = 1 + std::numeric_limits<std::uint32_t>::digits10 + 1;
+
+/// The thread object that the calling thread belongs to. (Its handle is only for those who started it.)
+constinit thread_local const kyThread* sCurrent = nullptr;
 
 [[noreturn]] void fail(std::errc code) { throw std::system_error(std::make_error_code(code)); }
 
@@ -61,8 +65,6 @@ struct impl::ThreadHolder
     {
         if (thread.handle == 0)
             fail(std::errc::invalid_argument);
-        if (native::isCurrentThread(thread))
-            fail(std::errc::resource_deadlock_would_occur);
         if (!native::joinThread(thread))
             fail(std::errc::no_such_process);
     }
@@ -111,11 +113,12 @@ void kyThread::Run(kyThread* thread)
         std::atomic<bool>& running;
     };
     const Ended ended{thread->mRunning};
+    sCurrent = thread;
     const std::uint32_t id = native::currentThreadId();
     thread->mName.append(1, ' ').append(std::to_string(id));
     native::nameCurrentThread(thread->mName);
     thread->mHolder->publish(id);
-    guardedCall(&RunImpl, thread);
+    exception::ExecGuardedCode(&RunImpl, thread);
 }
 
 void kyThread::RunImpl(void* thread) { static_cast<kyThread*>(thread)->run(); }
@@ -138,6 +141,8 @@ bool kyThread::waitThread(int timeoutMs)
         if (isRunning())
             return false;
     }
+    if (sCurrent == this)
+        fail(std::errc::resource_deadlock_would_occur);
     mHolder->join();
     forgetThread();
     return true;

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include <ky/kyWorkThread.h>
 
-#include "concurrency/guarded_call.h"
 #include "concurrency/limited_list.h"
 #include "concurrency/wait_limits.h"
+
+#include <ky/kyException.h>
 
 namespace ky
 {
@@ -36,7 +37,7 @@ void kyWorkThread::run()
     if (mustStop())
         return;
     Turns turns(*this);
-    impl::guardedCall(&RunTurns, &turns);
+    exception::ExecGuardedCode(&RunTurns, &turns);
 }
 
 void kyWorkThread::RunTurns(void* turns)
@@ -59,11 +60,11 @@ void kyWorkThread::RunTurns(void* turns)
 }
 
 /// Locks the queue and waits once when there is nothing to do. False, with the queue unlocked, when the worker must
-/// stop.
+/// stop. (A stop while a job was processed has found nobody to wake.)
 bool kyWorkThread::waitForTurn(kyMutexLocker& queueLock)
 {
     queueLock.lock();
-    if (mQueue.empty() || mIdle)
+    if (!mMustStop && (mQueue.empty() || mIdle))
     {
         mIdle = true;
         mWake.wait(&mQueueMutex, impl::waitWithoutLimit);

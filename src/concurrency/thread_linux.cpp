@@ -38,8 +38,6 @@ bool startThread(Thread& thread) noexcept
     return true;
 }
 
-bool isCurrentThread(const Thread& thread) noexcept { return pthread_equal(thread.handle, pthread_self()) != 0; }
-
 bool joinThread(Thread& thread) noexcept { return pthread_join(thread.handle, nullptr) == 0; }
 
 void nameCurrentThread(const std::string& name) noexcept

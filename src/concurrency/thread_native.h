@@ -13,14 +13,11 @@ struct Thread
 {
     void (*body)(void*);
     void* argument;
-    std::uintptr_t handle = 0; ///< 0: no thread. For the caller's thread only.
+    std::uintptr_t handle = 0; ///< 0: no thread. For those who started it only: the thread may run before it is set.
 };
 
 /// False when the system makes no thread.
 bool startThread(Thread& thread) noexcept;
-
-/// Whether the caller is this thread.
-bool isCurrentThread(const Thread& thread) noexcept;
 
 /// Waits for the end of the thread and gives its resources back. False when the system knows no such thread.
 bool joinThread(Thread& thread) noexcept;

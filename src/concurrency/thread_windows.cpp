@@ -77,8 +77,6 @@ bool startThread(Thread& thread) noexcept
     return thread.handle != 0;
 }
 
-bool isCurrentThread(const Thread& thread) noexcept { return GetThreadId(handleOf(thread)) == GetCurrentThreadId(); }
-
 bool joinThread(Thread& thread) noexcept
 {
     if (WaitForSingleObject(handleOf(thread), INFINITE) != WAIT_OBJECT_0)
