@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace ky::test
@@ -48,6 +49,16 @@ enum class Disposition
 
 /// What is set for SIGSEGV.
 Disposition faultDisposition();
+
+/// Raises SIGSEGV in another thread, wherever that is. False where nobody can.
+bool deliverFault(std::thread& thread);
+
+/// Lets a handler of the program's own end the process with this exit code at SIGSEGV.
+bool exitAtFault(int code);
+
+/// Ends the calling thread's use of its signal stack, or gives it one of its own making. Its address.
+void* useOwnSignalStack();
+void* signalStack();
 
 /// Makes `code` the thread's last error.
 void failWith(int code);
