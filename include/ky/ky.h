@@ -4,6 +4,8 @@
 /// \file
 /// The whole public interface.
 
+#include <ky/kyConcurrent.h>
+#include <ky/kyConcurrentPool.h>
 #include <ky/kyCpuInfo.h>
 #include <ky/kyCsvFileReader.h>
 #include <ky/kyException.h>
