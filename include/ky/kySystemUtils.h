@@ -154,6 +154,73 @@ public:
     static bool ExportProcessorCount();
 
     ///@}
+
+    /// \name The system-information record
+    /// Gathered by the initialization of the library. The readers make no system call and take no lock; what they
+    /// return stays valid until the termination. Calling them outside of an initialized library is a programming error,
+    /// answered with the values that stand for "not known".
+    ///@{
+
+    /// A display adapter. Sizes are in bytes, 0 where the system does not tell.
+    struct KY_API DirectXDeviceInfo
+    {
+        std::string description; ///< UTF-8
+        std::uint64_t dedicatedVideoMemory = 0;
+        std::uint64_t dedicatedSystemMemory = 0;
+        std::uint64_t sharedSystemMemory = 0;
+
+        /// "description", "dedicatedmemory", "dedicatedsystemmemory" and "sharedsystemmemory".
+        [[nodiscard]] kyVariant::kyVariantMapImpl toVariantMap() const;
+    };
+
+    /// Readable description of the operating system, such as
+    /// "Windows 10 / Server 2016 Technical Preview Professional 2009 64bit (v10.0.19045 SP0.0, kernel32 v10.0.19041.1)"
+    /// or "Linux Debian GNU/Linux 12 (bookworm) 64bit (v6.1.0, kernel 6.1.0-18-amd64)". "Unknown OS" when the system
+    /// does not tell.
+    [[nodiscard]] static const std::string& GetOSInfo();
+
+    [[nodiscard]] static const CPUInfo& GetCPUInfo();
+
+    /// Physically installed memory in bytes; -1 when it could not be read. On Linux the memory that the kernel manages
+    /// where the system does not tell more, and that of the machine also in a container.
+    [[nodiscard]] static long long GetRamQuantityInBytes();
+
+    /// Number of logical processors, at least 1: the decimal value of the environment variable "NUMBER_OF_PROCESSORS"
+    /// at initialization, whatever the machine has. 1 when the variable is not set; see ExportProcessorCount().
+    [[nodiscard]] static int GetIdealThreadCount();
+
+    /// The display adapters, in the system's order. Looked up at the first initialization of the process.
+    [[nodiscard]] static const std::vector<DirectXDeviceInfo>& GetDirectXDevices();
+
+    /// Answers of the management queries: texts and integers, empty or 0 where the system does not tell.
+    ///
+    /// The keys are "operatingsystem" and "computersystem", and, with one map for each device under "1", "2" and so on,
+    /// "processor", "videocontroller" and "desktopmonitor". Below them stand the columns in lower case:
+    ///
+    /// | map | keys |
+    /// |---|---|
+    /// | operatingsystem | caption, buildnumber, version, osarchitecture |
+    /// | processor | caption, name, maxclockspeed (MHz) |
+    /// | videocontroller | driverdate ("YYYY-MM-DD"), driverversion, caption, adapterram (bytes), description,
+    /// currenthorizontalresolution, currentverticalresolution (pixels) | | desktopmonitor | name, screenheight,
+    /// screenwidth (pixels) | | computersystem | manufacturer, model, totalphysicalmemory (bytes), systemfamily; in the
+    /// full map also domain, username and name |
+    ///
+    /// The first call after initialization asks the system, which can take seconds; it takes no lock and should come
+    /// from one thread. It uses COM on Windows and leaves the thread as it found it. Both maps are empty when the
+    /// management service cannot be reached, which is logged as a WARNING.
+    [[nodiscard]] static const kyVariant::kyVariantMapImpl& GetWmicInfo(bool full);
+
+    /// Describes the machine in a nested map, for a log, a file or a message to a support desk. What `report` held is
+    /// replaced. Between initialization and termination, from one thread.
+    ///
+    /// The short form has "os", "processor", "memory", "adapters", "management" and "power". The full form adds what
+    /// tells the user and the computer: "computer", "user", "program", "disk" and "libraries", and the full management
+    /// map. Everything in it can be written to an INI file: devices are maps under "1", "2" and so on, and the lists of
+    /// instruction sets are texts with blanks between the names.
+    static void GenerateHardwareReport(kyVariant::kyVariantMapImpl& report, bool full);
+
+    ///@}
 };
 
 /// The disk device that holds the system: of the system folder on Windows (such as "\\.\PhysicalDrive0"), of the root
