@@ -106,17 +106,20 @@ unsigned long long kySystemUtils::GetCurrentProcessID() { return impl::native::c
 
 std::string kySystemUtils::CreateUuid(bool withBraces)
 {
-    std::string dashed;
+    char dashed[36];
     if (!impl::native::createUuidText(dashed))
         return {};
-    std::string text;
+    char text[38] = {'{'};
+    char* end = text + (withBraces ? 1 : 0);
     for (const char c : dashed)
     {
-        const bool upper = c >= 'A' && c <= 'F';
-        if (c != '-' || withBraces)
-            text += upper ? static_cast<char>(c - 'A' + 'a') : c;
+        // Lower case for letters; digits and dashes have this bit already.
+        *end = static_cast<char>(c | 0x20);
+        end += c != '-' || withBraces ? 1 : 0;
     }
-    return withBraces ? "{" + text + "}" : text;
+    if (withBraces)
+        *end++ = '}';
+    return std::string(text, end);
 }
 
 namespace impl

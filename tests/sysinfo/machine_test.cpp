@@ -67,7 +67,7 @@ TEST(Machine, CountsThePrivateMemoryOfTheProcess)
         block[i] = 1;
     const long long grown = kySystemUtils::GetUsedRamQuantityInBytes() - before;
     EXPECT_GT(grown, 56 << 20);
-    EXPECT_LT(grown, 200 << 20);
+    EXPECT_LT(grown, 1 << 30) << "thread sanitizer keeps a multiple of it besides";
 }
 
 TEST(Machine, LooksUpTheMainDiskOnce)

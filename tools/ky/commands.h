@@ -59,4 +59,7 @@ ExitCode runReport(const ReportOptions& options);
 /// Prints "ky: FILE: reason" to standard error.
 ExitCode fail(const std::string& file, const std::string& reason);
 
+/// The same for a command that the user stopped while it worked on this file.
+inline ExitCode cancelled(const std::string& file) { return fail(file, "cancelled"); }
+
 } // namespace ky::tool

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ky/commands.h"
 #include "ky/console_native.h"
+#include "ky/progress.h"
 #include "ky/session.h"
 
 #include <CLI/CLI.hpp>
@@ -13,6 +14,7 @@ namespace ky::tool
 
 ExitCode fail(const std::string& file, const std::string& reason)
 {
+    hideBar();
     std::cout.flush();
     std::cerr << "ky: " << file << ": " << reason << '\n';
     return Failed;
@@ -101,6 +103,7 @@ ExitCode run(const CLI::App& app, const Options& options)
                           " argument(s)");
     if (app.got_subcommand("log") && options.log.words.empty() != options.log.readInput)
         return wrongUsage("log takes either a MESSAGE or --stdin");
+    watchInterrupt();
     Session session;
     if (!session.startLog(options.session))
         return Failed;

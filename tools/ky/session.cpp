@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ky/session.h"
 
+#include "ky/progress.h"
+
 #include <ky/kyLog.h>
 #include <ky/kySystem.h>
 #include <ky/kySystemUtils.h>
@@ -15,8 +17,10 @@ namespace
 
 void showProblems(const std::string& message, kyLogType type, const std::string&, void*)
 {
-    if (type == kyLogType::WARNING || type == kyLogType::CRITICAL)
-        std::cerr << "ky: " << message << '\n';
+    if (type != kyLogType::WARNING && type != kyLogType::CRITICAL)
+        return;
+    hideBar();
+    std::cerr << "ky: " << message << '\n';
 }
 
 } // namespace
