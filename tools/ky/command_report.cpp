@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "ky/commands.h"
+#include "ky/utf8_path.h"
 
 #include <ky/kyIniFile.h>
 #include <ky/kyLog.h>
@@ -7,7 +8,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iostream>
@@ -209,7 +209,7 @@ std::string csvCell(const std::string& text)
 
 bool saveCsv(const std::string& file, const Map& report)
 {
-    std::ofstream out(std::filesystem::path(std::u8string(file.begin(), file.end())), std::ios::binary);
+    std::ofstream out(utf8Path(file), std::ios::binary);
     out << "path,value\n";
     Map flat;
     report.toFlattenMap(flat, '/');
