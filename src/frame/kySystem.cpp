@@ -2,6 +2,7 @@
 // The top floor: the one file that knows every subsystem, to start and stop them in order.
 #include <ky/kySystem.h>
 
+#include "concurrency/dispatch_pool.h"
 #include "diagnostics/signal_watchers.h"
 #include "frame/library_state.h"
 #include "frame/resource_registry.h"
@@ -47,7 +48,7 @@ void startLight()
     impl::createResourceRegistry();
 }
 
-void startFull()
+void startFull(bool queryMainDisk)
 {
     impl::setLibraryState(LibraryState::Full);
     impl::setRecordedProcessId(impl::native::currentProcessId());
@@ -55,21 +56,23 @@ void startFull()
     if (kyLog* const log = kyLog::editPtr())
         log->makeThreadSafe();
     kyWaitCondition::FindBestImplementation();
-    // Next in order: the main disk query, the worker pool.
+    if (queryMainDisk)
+        static_cast<void>(getMainHDDDevice()); // later callers find the answer ready
+    impl::createConcurrentPool(static_cast<unsigned int>(kySystemUtils::GetIdealThreadCount()));
     kyLogObject(kyLogType::DEBUG, "", kyLog::editPtr(), nullptr) << "Register signal and exception watchers";
     impl::registerWatchers();
 }
 
 } // namespace
 
-void initializeKySystem(InitType type, bool /*queryMainDisk*/)
+void initializeKySystem(InitType type, bool queryMainDisk)
 {
     if (type != InitType::Light && type != InitType::Full)
         return;
     if (lightCounter().incrementInitCounter())
         startLight();
     if (type == InitType::Full && fullCounter().incrementInitCounter())
-        startFull();
+        startFull(queryMainDisk);
 }
 
 void terminateKySystem()
@@ -77,8 +80,11 @@ void terminateKySystem()
     if (!lightCounter().decrementInitCounter())
         return;
     fullCounter().clearInitCounter();
-    // First in order, when full: the worker pool.
-    impl::unregisterWatchers();
+    if (impl::libraryState() == LibraryState::Full)
+    {
+        impl::destroyConcurrentPool();
+        impl::unregisterWatchers();
+    }
     impl::destroyResourceRegistry();
     kyStringUtils::TerminateStringUtils();
     kySystemUtils::TerminateSystemUtils();
