@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "concurrency/dispatch_guard.h"
 
-#include "concurrency/guarded_call.h"
+#include <ky/kyException.h>
 
 #include <stdexcept>
 
@@ -39,7 +39,7 @@ void callAndCatch(void* data)
 std::exception_ptr callGuarded(void (*function)(void*), void* argument) noexcept
 {
     GuardedCall call{function, argument, nullptr, false};
-    guardedCall(&callAndCatch, &call);
+    exception::ExecGuardedCode(&callAndCatch, &call);
     if (!call.hasEnded)
         call.thrown = std::make_exception_ptr(std::runtime_error("A task of a parallel batch has crashed"));
     return call.thrown;
