@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "concurrency/full_library.h"
 #include "concurrency/pool_of.h"
+#include "concurrency/solver_batch.h"
 #include "concurrency/sync_native.h"
 #include "diagnostics/guard_faults.h"
 #include "support/child_process.h"
@@ -227,6 +228,30 @@ TEST_P(SolverOn, SurvivesFaultsOnEveryThread)
         std::atomic<int> bodies{0};
         EXPECT_TRUE(ky::concurrent::parallelFor(0, 1000, [&](int) { ++bodies; }));
         EXPECT_EQ(bodies, 1000);
+    }
+}
+
+TEST(TaskQueue, HoldsTheMutexAgainWhenATaskHasFailedWithoutIt)
+{
+    kyMutex mutex;
+    kyWaitCondition condition;
+    for (const bool isThrown : {false, true})
+    {
+        FunctionTask failing(
+            [&](kyMutex& held, kyWaitCondition&)
+            {
+                held.unlock();
+                if (isThrown)
+                    throw std::runtime_error("failed");
+                ky::test::commit(ky::test::FaultKind::NullWrite);
+            });
+        ky::impl::TaskList tasks{&failing};
+        ky::impl::TaskQueue queue(tasks, mutex, condition);
+        mutex.lock();
+        queue.workOff();
+        EXPECT_TRUE(isHeldOnce(mutex));
+        mutex.unlock();
+        EXPECT_THROW(queue.rethrow(), std::runtime_error);
     }
 }
 
