@@ -6,6 +6,7 @@
 
 #include <ky/kyConcurrent.h>
 #include <ky/kyConcurrentPool.h>
+#include <ky/kyCpuInfo.h>
 #include <ky/kyCsvFileReader.h>
 #include <ky/kyException.h>
 #include <ky/kyHighResTimer.h>
@@ -13,6 +14,7 @@
 #include <ky/kyLog.h>
 #include <ky/kyMutex.h>
 #include <ky/kyProgressNotifier.h>
+#include <ky/kyResource.h>
 #include <ky/kySemaphore.h>
 #include <ky/kyStamp.h>
 #include <ky/kyStringUtils.h>

@@ -162,7 +162,7 @@ void describeFrame(const Fault&, const StackFrames& frames, std::size_t index, F
 {
     // Behind a call that never returns the next function begins.
     const std::uintptr_t address = frames.at[index] - (index == 0 ? 0 : 1);
-    describeModule(address, text);
+    describeModule(frames.at[index], text);
     if (sInitialized && !sBroken)
         describeSymbol(address, text);
 }
