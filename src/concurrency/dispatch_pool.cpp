@@ -4,6 +4,8 @@
 #include "platform/fork_native.h"
 #include "platform/process_id_native.h"
 
+#include <ky/kyThread.h>
+
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
@@ -31,12 +33,6 @@ void abandonInChild()
     sUses = 0;
 }
 
-void endUse() noexcept
-{
-    if (--sUses == 0 && sPool == nullptr)
-        sUses.notify_all();
-}
-
 } // namespace
 
 namespace impl
@@ -58,7 +54,7 @@ void destroyConcurrentPool()
     // Whoever counts itself after this finds no pool.
     ConcurrentPool* const pool = sPool.exchange(nullptr);
     for (std::uint32_t uses = sUses; uses != 0; uses = sUses)
-        sUses.wait(uses);
+        kyThread::msleep(1);
     delete pool;
 }
 
@@ -70,13 +66,13 @@ PoolUse::PoolUse() noexcept : mPool(nullptr)
     ++sUses;
     mPool = sPool;
     if (mPool == nullptr)
-        endUse();
+        --sUses;
 }
 
 PoolUse::~PoolUse()
 {
     if (mPool != nullptr)
-        endUse();
+        --sUses;
 }
 
 } // namespace impl

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "concurrency/full_library.h"
 #include "concurrency/pool_of.h"
+#include "concurrency/solver_batch.h"
 #include "concurrency/sync_native.h"
+#include "diagnostics/guard_faults.h"
 #include "support/child_process.h"
 
-#include <ky/kyConcurrentPool.h>
+#include <ky/kyConcurrent.h>
 
 #include <gtest/gtest.h>
 
@@ -202,6 +204,57 @@ TEST_P(SolverOn, HandsOnTheFirstExceptionWhenAllHaveEnded)
     }
 }
 
+/// On a worker and on the calling thread, with the mutex of the pool held and released.
+TEST_P(SolverOn, SurvivesFaultsOnEveryThread)
+{
+    for (int round = 0; round < 4; ++round)
+    {
+        int begun = 0;
+        Solver solver;
+        for (int i = 0; i < 20; ++i)
+            solver.add(
+                [&](kyMutex& mutex, kyWaitCondition&)
+                {
+                    ++begun;
+                    if (round % 2 == 0)
+                        mutex.unlock();
+                    ky::test::commit(ky::test::FaultKind::NullWrite);
+                });
+        EXPECT_THROW(solver.solve(), std::runtime_error);
+        EXPECT_GE(begun, 1);
+        EXPECT_THROW(
+            ky::concurrent::parallelFor(0, 1000, [&](int) { ky::test::commit(ky::test::FaultKind::DivisionByZero); }),
+            std::runtime_error);
+        std::atomic<int> bodies{0};
+        EXPECT_TRUE(ky::concurrent::parallelFor(0, 1000, [&](int) { ++bodies; }));
+        EXPECT_EQ(bodies, 1000);
+    }
+}
+
+TEST(TaskQueue, HoldsTheMutexAgainWhenATaskHasFailedWithoutIt)
+{
+    kyMutex mutex;
+    kyWaitCondition condition;
+    for (const bool isThrown : {false, true})
+    {
+        FunctionTask failing(
+            [&](kyMutex& held, kyWaitCondition&)
+            {
+                held.unlock();
+                if (isThrown)
+                    throw std::runtime_error("failed");
+                ky::test::commit(ky::test::FaultKind::NullWrite);
+            });
+        ky::impl::TaskList tasks{&failing};
+        ky::impl::TaskQueue queue(tasks, mutex, condition);
+        mutex.lock();
+        queue.workOff();
+        EXPECT_TRUE(isHeldOnce(mutex));
+        mutex.unlock();
+        EXPECT_THROW(queue.rethrow(), std::runtime_error);
+    }
+}
+
 TEST_P(SolverOn, MayBeUsedByTasks)
 {
     std::atomic<int> executed{0};
@@ -298,9 +351,10 @@ TEST(ConcurrentPool, OfTheProcessMayEndWhileBatchesRun)
                     solver.solve();
                     EXPECT_EQ(executed, 5);
                     ++batches;
+                    std::this_thread::yield();
                 }
             });
-    for (int round = 0; round < 100; ++round)
+    for (int round = 0; round < 40; ++round)
     {
         const PoolOf pool(3);
         const int before = batches;
