@@ -71,6 +71,39 @@ int faultWhileAllocating()
     return 0;
 }
 
+std::atomic<void*> sBlock{nullptr};
+
+/// The allocator's lock is never given back, and the report is made all the same.
+int faultInAllocatorUnderGuard()
+{
+    std::thread(
+        []
+        {
+            sBlock = std::malloc(5000);
+            ky::exception::ExecGuardedCode(&allocateForEver);
+            sBusy = false;
+            sleepForEver();
+        })
+        .detach();
+    waitUntilBusy();
+    if (!ky::test::spoilArenaOf(sBlock))
+        return 77;
+    while (sBusy)
+        std::this_thread::yield();
+    ky::logInfo() << "still here";
+    std::_Exit(0);
+}
+
+/// The handler faults when it is handed the report of a fault.
+int faultInReport()
+{
+    becomeBusy([] { ky::test::commit(FaultKind::NullWrite); });
+    ky::exception::ExecGuardedCode([] { ky::test::commit(FaultKind::DivisionByZero); });
+    sInHandler = nullptr;
+    ky::logInfo() << "still here";
+    std::exit(0);
+}
+
 /// The logger's lock stays with a thread that never gives it back.
 int faultWhileAnotherLogs()
 {
@@ -145,6 +178,8 @@ const std::map<std::string, std::function<int()>> scenes = {
     {"division", [] { return commitOne(FaultKind::DivisionByZero); }},
     {"illegal", [] { return commitOne(FaultKind::IllegalInstruction); }},
     {"overflow", [] { return commitOne(FaultKind::StackOverflow); }},
+    {"guarded-allocating", &faultInAllocatorUnderGuard},
+    {"report-faults", &faultInReport},
     {"allocating", &faultWhileAllocating},
     {"another-logs", &faultWhileAnotherLogs},
     {"in-handler", &faultInHandler},
