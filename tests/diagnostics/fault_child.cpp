@@ -51,7 +51,6 @@ void waitUntilBusy()
 /// Nothing but blocks that come from and go to the allocator's shared lists.
 void allocateForEver()
 {
-    sBusy = true;
     for (std::size_t n = 0;; ++n)
     {
         void* volatile block = std::malloc(1100 + n % 50 * 64);
@@ -61,7 +60,12 @@ void allocateForEver()
 
 int faultWhileAllocating()
 {
-    std::thread worker(&allocateForEver);
+    std::thread worker(
+        []
+        {
+            sBusy = true;
+            allocateForEver();
+        });
     waitUntilBusy();
     std::this_thread::sleep_for(
         std::chrono::microseconds(std::chrono::steady_clock::now().time_since_epoch().count() % 2000));
@@ -71,25 +75,21 @@ int faultWhileAllocating()
     return 0;
 }
 
-std::atomic<void*> sBlock{nullptr};
-
 /// The allocator's lock is never given back, and the report is made all the same.
 int faultInAllocatorUnderGuard()
 {
     std::thread(
         []
         {
-            sBlock = std::malloc(5000);
-            ky::exception::ExecGuardedCode(&allocateForEver);
-            sBusy = false;
+            ky::exception::ExecGuardedCode([] {}); // needs memory the first time
+            const bool isSpoilt = ky::test::spoilArenaOf(std::malloc(5000));
+            if (isSpoilt)
+                ky::exception::ExecGuardedCode(&allocateForEver);
+            sBusy = isSpoilt;
             sleepForEver();
         })
         .detach();
     waitUntilBusy();
-    if (!ky::test::spoilArenaOf(sBlock))
-        return 77;
-    while (sBusy)
-        std::this_thread::yield();
     ky::logInfo() << "still here";
     std::_Exit(0);
 }
