@@ -106,6 +106,27 @@ TEST(CrashPath, GuardedCodeStaysGuardedAfterTheWatcherHasSpoken)
                                             HasSubstr("still here")));
 }
 
+TEST(CrashPath, TheReportOfAGuardedFaultNeedsNoMemory)
+{
+    if (onWindows())
+        GTEST_SKIP() << "the heap's lock does not keep its own thread out";
+    const Outcome outcome = play("guarded-allocating");
+    EXPECT_EQ(outcome.exitCode, 0);
+    const std::regex whole("[^]*CRITICAL : [^\n]* Catch SEH Exception EXCEPTION_ACCESS_VIOLATION 0xc0000005, PID [^]*"
+                           "\n\t#[0-9]+ @0x[0-9a-f]+[^\n]*\r\nINFO : [^\n]* still here\r\n");
+    EXPECT_TRUE(std::regex_match(outcome.log, whole)) << outcome.log;
+}
+
+TEST(CrashPath, AFaultInTheReportCostsTheHandlerOnly)
+{
+    const Outcome outcome = play("report-faults");
+    EXPECT_EQ(outcome.exitCode, 0);
+    const std::size_t first = outcome.log.find("EXCEPTION_INT_DIVIDE_BY_ZERO");
+    ASSERT_NE(first, std::string::npos) << outcome.log;
+    EXPECT_EQ(outcome.log.find("EXCEPTION_", first + 1), std::string::npos) << outcome.log;
+    EXPECT_THAT(outcome.log, HasSubstr("still here"));
+}
+
 TEST(CrashPath, AHandlerThatWasThereBeforeHasTheLastWord)
 {
     if (onWindows())

@@ -51,7 +51,6 @@ void waitUntilBusy()
 /// Nothing but blocks that come from and go to the allocator's shared lists.
 void allocateForEver()
 {
-    sBusy = true;
     for (std::size_t n = 0;; ++n)
     {
         void* volatile block = std::malloc(1100 + n % 50 * 64);
@@ -61,7 +60,12 @@ void allocateForEver()
 
 int faultWhileAllocating()
 {
-    std::thread worker(&allocateForEver);
+    std::thread worker(
+        []
+        {
+            sBusy = true;
+            allocateForEver();
+        });
     waitUntilBusy();
     std::this_thread::sleep_for(
         std::chrono::microseconds(std::chrono::steady_clock::now().time_since_epoch().count() % 2000));
@@ -69,6 +73,35 @@ int faultWhileAllocating()
         return 77;
     worker.join();
     return 0;
+}
+
+/// The allocator's lock is never given back, and the report is made all the same.
+int faultInAllocatorUnderGuard()
+{
+    std::thread(
+        []
+        {
+            ky::exception::ExecGuardedCode([] {}); // needs memory the first time
+            const bool isSpoilt = ky::test::spoilArenaOf(std::malloc(5000));
+            if (isSpoilt)
+                ky::exception::ExecGuardedCode(&allocateForEver);
+            sBusy = isSpoilt;
+            sleepForEver();
+        })
+        .detach();
+    waitUntilBusy();
+    ky::logInfo() << "still here";
+    std::_Exit(0);
+}
+
+/// The handler faults when it is handed the report of a fault.
+int faultInReport()
+{
+    becomeBusy([] { ky::test::commit(FaultKind::NullWrite); });
+    ky::exception::ExecGuardedCode([] { ky::test::commit(FaultKind::DivisionByZero); });
+    sInHandler = nullptr;
+    ky::logInfo() << "still here";
+    std::exit(0);
 }
 
 /// The logger's lock stays with a thread that never gives it back.
@@ -145,6 +178,8 @@ const std::map<std::string, std::function<int()>> scenes = {
     {"division", [] { return commitOne(FaultKind::DivisionByZero); }},
     {"illegal", [] { return commitOne(FaultKind::IllegalInstruction); }},
     {"overflow", [] { return commitOne(FaultKind::StackOverflow); }},
+    {"guarded-allocating", &faultInAllocatorUnderGuard},
+    {"report-faults", &faultInReport},
     {"allocating", &faultWhileAllocating},
     {"another-logs", &faultWhileAnotherLogs},
     {"in-handler", &faultInHandler},

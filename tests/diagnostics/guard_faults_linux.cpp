@@ -3,8 +3,10 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <cstdlib>
 #include <pthread.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 namespace ky::test
@@ -38,6 +40,14 @@ Disposition faultDisposition()
 }
 
 bool deliverFault(std::thread& thread) { return pthread_kill(thread.native_handle(), SIGSEGV) == 0; }
+
+bool spoilArenaOf(void* block)
+{
+    // Arenas of threads start at such multiples, with the lock and the lists in the first page.
+    constexpr std::uintptr_t arena = 64 * 1024 * 1024;
+    const std::uintptr_t blocks = reinterpret_cast<std::uintptr_t>(block) / arena * arena + 4096;
+    return mprotect(reinterpret_cast<void*>(blocks), 128 * 1024, PROT_READ) == 0;
+}
 
 bool exitAtFault(int code)
 {

@@ -34,6 +34,7 @@ Disposition faultDisposition()
 }
 
 bool deliverFault(std::thread&) { return false; }
+bool spoilArenaOf(void*) { return false; }
 bool exitAtFault(int) { return false; }
 void* useOwnSignalStack() { return nullptr; }
 void* signalStack() { return nullptr; }
