@@ -2,13 +2,17 @@
 // The top floor: the one file that knows every subsystem, to start and stop them in order.
 #include <ky/kySystem.h>
 
+#include "diagnostics/signal_watchers.h"
 #include "frame/library_state.h"
+#include "frame/resource_registry.h"
 #include "platform/process_id_native.h"
 
 #include <ky/kyLog.h>
 #include <ky/kyStringUtils.h>
 #include <ky/kySystemUtils.h>
 #include <ky/kyWaitCondition.h>
+
+#include <new>
 
 namespace ky
 {
@@ -19,16 +23,18 @@ namespace
 using impl::LibraryState;
 
 // Made at first use and never destroyed: static objects of clients may initialize before this file's statics exist, and
-// terminate after they are gone.
+// terminate after they are gone. Their memory goes with the library when it is unloaded.
 impl::LibInitCounter& lightCounter()
 {
-    static impl::LibInitCounter& counter = *new impl::LibInitCounter("systemlight", true);
+    alignas(impl::LibInitCounter) static unsigned char memory[sizeof(impl::LibInitCounter)];
+    static impl::LibInitCounter& counter = *new (memory) impl::LibInitCounter("systemlight", true);
     return counter;
 }
 
 impl::LibInitCounter& fullCounter()
 {
-    static impl::LibInitCounter& counter = *new impl::LibInitCounter("systemfull", false);
+    alignas(impl::LibInitCounter) static unsigned char memory[sizeof(impl::LibInitCounter)];
+    static impl::LibInitCounter& counter = *new (memory) impl::LibInitCounter("systemfull", false);
     return counter;
 }
 
@@ -38,18 +44,20 @@ void startLight()
     kyLog::createInstance(false);
     kySystemUtils::InitializeSystemUtils();
     kyStringUtils::InitializeStringUtils();
-    // Next in order: the resource registry, empty and without a lock.
+    impl::createResourceRegistry();
 }
 
 void startFull()
 {
     impl::setLibraryState(LibraryState::Full);
     impl::setRecordedProcessId(impl::native::currentProcessId());
-    // Next in order: the lock of the resource registry.
+    impl::makeResourceRegistryThreadSafe();
     if (kyLog* const log = kyLog::editPtr())
         log->makeThreadSafe();
     kyWaitCondition::FindBestImplementation();
-    // Next in order: the main disk query, the worker pool, the signal watchers with their announcement.
+    // Next in order: the main disk query, the worker pool.
+    kyLogObject(kyLogType::DEBUG, "", kyLog::editPtr(), nullptr) << "Register signal and exception watchers";
+    impl::registerWatchers();
 }
 
 } // namespace
@@ -69,7 +77,9 @@ void terminateKySystem()
     if (!lightCounter().decrementInitCounter())
         return;
     fullCounter().clearInitCounter();
-    // First in order, when full: the worker pool and the signal watchers; then the resource registry with its lock.
+    // First in order, when full: the worker pool.
+    impl::unregisterWatchers();
+    impl::destroyResourceRegistry();
     kyStringUtils::TerminateStringUtils();
     kySystemUtils::TerminateSystemUtils();
     kyLog::destroyInstance();

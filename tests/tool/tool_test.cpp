@@ -56,6 +56,8 @@ TEST_F(Tool, WrongUsageIsTwoAndHelpIsZero)
         {"log", file, "--type", "loud", "x"},
         {"log", file, "--keep", "129", "x"},
         {"log", file, "--max-size", "many", "x"},
+        {"report", "extra"},
+        {"report", "--ini"},
     };
     for (const auto& arguments : wrong)
         EXPECT_EQ(ky(arguments).exitCode, 2) << testing::PrintToString(arguments);
@@ -139,6 +141,37 @@ TEST_F(Tool, LogAppendsWholeLinesFromSeveralProcesses)
     const Result folder = ky({"log", dir.path() + "/none/x.log", "x"});
     EXPECT_EQ(folder.exitCode, 1);
     EXPECT_THAT(folder.output, HasSubstr("none/x.log"));
+}
+
+TEST_F(Tool, ReportShowsTheMachineAndWritesIt)
+{
+    const std::string ini = dir.file("m\xC3\xA4.ini");
+    const std::string csv = dir.file("m\xC3\xA4.csv");
+    const Result brief = ky({"report"});
+    EXPECT_EQ(brief.exitCode, 0);
+    EXPECT_THAT(brief.output, testing::AnyOf(HasSubstr("System        Linux "), HasSubstr("System        Windows ")));
+    EXPECT_THAT(brief.output, HasSubstr("\nProcessor     "));
+    EXPECT_THAT(brief.output, Not(HasSubstr("Instructions")));
+    EXPECT_THAT(brief.output, Not(HasSubstr("ky: "))) << "no warnings on the way";
+
+    const Result full = ky({"report", "--full", "--ini", ini, "--csv", csv});
+    EXPECT_EQ(full.exitCode, 0);
+    EXPECT_THAT(full.output, HasSubstr("Instructions  "));
+    EXPECT_THAT(full.output, HasSubstr("Program       ky"));
+    EXPECT_THAT(readFile(ini), HasSubstr("\nprocessor/1/name="));
+    const std::string description = ky({"ini", ini, "get", "os/description"}).output;
+    EXPECT_THAT(full.output, HasSubstr("System        " + description));
+    EXPECT_THAT(readFile(csv), testing::StartsWith("path,value\n"));
+    // The description holds a comma.
+    EXPECT_THAT(readFile(csv),
+                HasSubstr("\nos/description,\"" + description.substr(0, description.size() - 1) + "\"\n"));
+
+    for (const char* const option : {"--ini", "--csv"})
+    {
+        const Result result = ky({"report", option, dir.file("none/x.txt")});
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_THAT(result.output, HasSubstr("none/x.txt: cannot be written"));
+    }
 }
 
 TEST_F(Tool, KeepsALogOfItsSteps)

@@ -44,9 +44,17 @@ struct LogOptions
     std::vector<std::string> words;
 };
 
+struct ReportOptions
+{
+    bool full = false;
+    std::string iniFile; ///< empty for none
+    std::string csvFile; ///< empty for none
+};
+
 ExitCode runCsv(const CsvOptions& options);
 ExitCode runIni(const IniOptions& options);
 ExitCode runLog(const LogOptions& options);
+ExitCode runReport(const ReportOptions& options);
 
 /// Prints "ky: FILE: reason" to standard error.
 ExitCode fail(const std::string& file, const std::string& reason);

@@ -28,6 +28,7 @@ struct Options
     CsvOptions csv;
     IniOptions ini;
     LogOptions log;
+    ReportOptions report;
     SessionLog session;
 };
 
@@ -66,6 +67,14 @@ void defineLog(CLI::App& app, LogOptions& log)
     command->add_option("MESSAGE", log.words, "the message; several words are joined by blanks");
 }
 
+void defineReport(CLI::App& app, ReportOptions& report)
+{
+    CLI::App* const command = app.add_subcommand("report", "Print the machine: system, processor, memory, displays");
+    command->add_flag("--full", report.full, "also what tells this computer and its user, and long lists");
+    command->add_option("--ini", report.iniFile, "write everything to this INI file");
+    command->add_option("--csv", report.csvFile, "write everything to this CSV file, a path and a value a row");
+}
+
 void defineSession(CLI::App& app, SessionLog& session)
 {
     app.add_option("--log", session.file, "keep a log of the steps in this rotating file");
@@ -102,6 +111,8 @@ ExitCode run(const CLI::App& app, const Options& options)
         return runCsv(options.csv);
     if (app.got_subcommand("ini"))
         return runIni(options.ini);
+    if (app.got_subcommand("report"))
+        return runReport(options.report);
     return runLog(options.log);
 }
 
@@ -115,6 +126,7 @@ ExitCode runTool(std::vector<std::string> arguments)
     defineCsv(app, options.csv);
     defineIni(app, options.ini);
     defineLog(app, options.log);
+    defineReport(app, options.report);
     try
     {
         std::reverse(arguments.begin(), arguments.end());

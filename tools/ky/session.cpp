@@ -5,6 +5,7 @@
 
 #include <ky/kyLog.h>
 #include <ky/kySystem.h>
+#include <ky/kySystemUtils.h>
 
 #include <iostream>
 
@@ -26,6 +27,7 @@ void showProblems(const std::string& message, kyLogType type, const std::string&
 
 Session::Session()
 {
+    kySystemUtils::ExportProcessorCount();
     initializeKySystem(InitType::Full, false);
     kyLog::edit().setEchoToConsole(false);
     kyLog::edit().installCustomHandler(&showProblems, nullptr);

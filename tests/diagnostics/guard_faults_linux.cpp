@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+#include "diagnostics/guard_faults.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <pthread.h>
+#include <unistd.h>
+
+namespace ky::test
+{
+
+void breakpoint() { asm volatile("int3"); }
+void illegalInstruction() { asm volatile("ud2"); }
+
+std::vector<FaultSample> faultSamples()
+{
+    return {{FaultKind::NullWrite, "EXCEPTION_ACCESS_VIOLATION", "c0000005"},
+            {FaultKind::NullCall, "EXCEPTION_ACCESS_VIOLATION", "c0000005"},
+            {FaultKind::DivisionByZero, "EXCEPTION_INT_DIVIDE_BY_ZERO", "c0000094"},
+            {FaultKind::IllegalInstruction, "EXCEPTION_ILLEGAL_INSTRUCTION", "c000001d"},
+            {FaultKind::StackOverflow, "EXCEPTION_STACK_OVERFLOW", "c00000fd"},
+            {FaultKind::Breakpoint, "EXCEPTION_BREAKPOINT", "80000003"},
+            {FaultKind::TextOfNull, "EXCEPTION_ACCESS_VIOLATION", "c0000005"},
+            {FaultKind::FreeOfNothing, "EXCEPTION_ACCESS_VIOLATION", "c0000005"}};
+}
+
+bool throwsAreStructured() { return false; }
+
+bool canEndThread() { return true; }
+void endThread() { pthread_exit(nullptr); }
+
+Disposition faultDisposition()
+{
+    struct sigaction found = {};
+    sigaction(SIGSEGV, nullptr, &found);
+    return found.sa_handler == SIG_DFL ? Disposition::Default : Disposition::Other;
+}
+
+bool deliverFault(std::thread& thread) { return pthread_kill(thread.native_handle(), SIGSEGV) == 0; }
+
+bool exitAtFault(int code)
+{
+    static int sCode = 0;
+    sCode = code;
+    struct sigaction action = {};
+    action.sa_sigaction = [](int, siginfo_t* info, void*) { _exit(info->si_addr == nullptr ? sCode : 1); };
+    action.sa_flags = SA_SIGINFO;
+    return sigaction(SIGSEGV, &action, nullptr) == 0;
+}
+
+void* useOwnSignalStack()
+{
+    stack_t own = {};
+    own.ss_size = 64 * 1024;
+    own.ss_sp = std::malloc(own.ss_size);
+    return sigaltstack(&own, nullptr) == 0 ? own.ss_sp : nullptr;
+}
+
+void* signalStack()
+{
+    stack_t present = {};
+    sigaltstack(nullptr, &present);
+    return (present.ss_flags & SS_DISABLE) != 0 ? nullptr : present.ss_sp;
+}
+
+void failWith(int code) { errno = code; }
+
+} // namespace ky::test
