@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Rows: progress/update (three nested groups), progress/begin_end, progress/proxy, progress/poll.
+// Rows: progress/update (three nested groups), progress/begin_end, progress/proxy, progress/poll,
+// progress/poll_all_ways.
 #include <ky/kyLog.h>
 #include <ky/kyProgressNotifier.h>
 #include <ky/kySystem.h>
@@ -118,6 +119,16 @@ void mutexAround(benchmark::State& state)
 
 void poll(benchmark::State& state)
 {
+    const ky::kyProgressNotifier notifier;
+    const ky::kyProgressNotifierInterface* asked = &notifier;
+    benchmark::DoNotOptimize(asked);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(asked->shouldCancel());
+}
+
+/// All the ways there are: proxy, own request, flag and parent.
+void pollAll(benchmark::State& state)
+{
     bool flag = false;
     ky::kyProgressNotifier parent;
     ky::kyProgressNotifier notifier(&flag, &parent);
@@ -132,6 +143,7 @@ BENCHMARK(beginEnd)->Name("progress/begin_end/ky");
 BENCHMARK(proxy)->Name("progress/proxy/ky")->Threads(2)->UseRealTime();
 BENCHMARK(mutexAround)->Name("progress/proxy/std_recursive")->Threads(2)->UseRealTime();
 BENCHMARK(poll)->Name("progress/poll/ky");
+BENCHMARK(pollAll)->Name("progress/poll_all_ways/ky");
 
 #if defined(KY_PEER_QT)
 void updateQt(benchmark::State& state)

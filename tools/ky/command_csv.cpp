@@ -101,6 +101,7 @@ ExitCode runCsv(const CsvOptions& options)
     kyVariant::kyVariantMapImpl ini;
     ExitCode result = Done;
     const auto progress = makeProgress();
+    progress->resetNotifier();
     progress->beginStepGroupWeights(sizesOf(options.files), 1.0, nullptr);
     for (std::size_t i = 0; i < options.files.size(); ++i)
     {

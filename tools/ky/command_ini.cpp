@@ -28,7 +28,11 @@ bool isThere(const std::string& pathUtf8)
 class Steps
 {
 public:
-    explicit Steps(int count) : mProgress(makeProgress()) { mProgress->beginStepGroup(count); }
+    explicit Steps(int count) : mProgress(makeProgress())
+    {
+        mProgress->resetNotifier();
+        mProgress->beginStepGroup(count);
+    }
 
     /// Empty when the file was loaded, the reason otherwise.
     std::string load(const std::string& file, Map& map)

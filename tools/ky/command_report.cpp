@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "ky/commands.h"
+#include "ky/progress.h"
 #include "ky/utf8_path.h"
 
 #include <ky/kyIniFile.h>
@@ -223,8 +224,14 @@ bool saveCsv(const std::string& file, const Map& report)
 
 ExitCode runReport(const ReportOptions& options)
 {
+    // Asking the machine is one step, which goes on to its end.
+    const auto progress = makeProgress();
+    progress->resetNotifier();
     Map report;
     kySystemUtils::GenerateHardwareReport(report, options.full);
+    if (progress->shouldCancel())
+        return cancelled("report");
+    hideBar();
     show(report, options.full);
     if (!options.iniFile.empty() && !SaveIniFile(options.iniFile, report))
         return fail(options.iniFile, "cannot be written");

@@ -13,7 +13,7 @@ namespace ky::tool
 void watchInterrupt();
 
 /// What a command that can take its time reports to and asks whether it is to stop. It draws a bar when standard output
-/// is a terminal; the bar is removed with the notifier.
+/// is a terminal: at the first change, or at once after `resetNotifier()`. The bar is removed with the notifier.
 std::unique_ptr<kyProgressNotifierInterface> makeProgress();
 
 /// Removes the bar, if one is drawn, so that text can be printed. The next percent draws it again.
