@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ky/commands.h"
 #include "ky/console_native.h"
+#include "ky/progress.h"
 #include "ky/session.h"
 
 #include <CLI/CLI.hpp>
@@ -13,6 +14,7 @@ namespace ky::tool
 
 ExitCode fail(const std::string& file, const std::string& reason)
 {
+    hideBar();
     std::cout.flush();
     std::cerr << "ky: " << file << ": " << reason << '\n';
     return Failed;
@@ -26,6 +28,7 @@ struct Options
     CsvOptions csv;
     IniOptions ini;
     LogOptions log;
+    ReportOptions report;
     SessionLog session;
 };
 
@@ -64,6 +67,14 @@ void defineLog(CLI::App& app, LogOptions& log)
     command->add_option("MESSAGE", log.words, "the message; several words are joined by blanks");
 }
 
+void defineReport(CLI::App& app, ReportOptions& report)
+{
+    CLI::App* const command = app.add_subcommand("report", "Print the machine: system, processor, memory, displays");
+    command->add_flag("--full", report.full, "also what tells this computer and its user, and long lists");
+    command->add_option("--ini", report.iniFile, "write everything to this INI file");
+    command->add_option("--csv", report.csvFile, "write everything to this CSV file, a path and a value a row");
+}
+
 void defineSession(CLI::App& app, SessionLog& session)
 {
     app.add_option("--log", session.file, "keep a log of the steps in this rotating file");
@@ -92,6 +103,7 @@ ExitCode run(const CLI::App& app, const Options& options)
                           " argument(s)");
     if (app.got_subcommand("log") && options.log.words.empty() != options.log.readInput)
         return wrongUsage("log takes either a MESSAGE or --stdin");
+    watchInterrupt();
     Session session;
     if (!session.startLog(options.session))
         return Failed;
@@ -99,6 +111,8 @@ ExitCode run(const CLI::App& app, const Options& options)
         return runCsv(options.csv);
     if (app.got_subcommand("ini"))
         return runIni(options.ini);
+    if (app.got_subcommand("report"))
+        return runReport(options.report);
     return runLog(options.log);
 }
 
@@ -112,6 +126,7 @@ ExitCode runTool(std::vector<std::string> arguments)
     defineCsv(app, options.csv);
     defineIni(app, options.ini);
     defineLog(app, options.log);
+    defineReport(app, options.report);
     try
     {
         std::reverse(arguments.begin(), arguments.end());
