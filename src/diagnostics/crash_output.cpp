@@ -52,10 +52,7 @@ struct Memory
 /// Nothing of this may be made in a crash.
 constinit Memory sMemories[2];
 
-Memory& memoryOf(bool last)
-{
-    return sMemories[last ? 1 : 0];
-}
+Memory& memoryOf(bool last) { return sMemories[last ? 1 : 0]; }
 
 /// Milliseconds that the last message waits for the logger's lock, and that other crashing threads are held.
 constexpr int lastPatience = 200;
