@@ -48,16 +48,10 @@ void note(ThreadGuard& guard, int number, const siginfo_t& info, const ucontext_
     guard.fault.frames.count = 0;
     guard.fault.memoryIsSafe = false;
     guard.fault.frames.firstGuess = StackFrames::capacity;
-    // What cannot be read ends the walk.
-    sigjmp_buf escape;
-    if (sigsetjmp(escape, 0) == 0)
-    {
-        guard.escape = &escape;
-        WalkedCall walked{guard.fault.frames, reinterpret_cast<std::uintptr_t>(guard.current)};
-        walkFrames(context, walked);
-        guard.fault.memoryIsSafe = isMemorySafe(walked);
-    }
-    guard.escape = nullptr;
+    guard.isWalking = true;
+    WalkedCall walked{guard.fault.frames, reinterpret_cast<std::uintptr_t>(guard.current)};
+    walkFrames(context, walked);
+    guard.fault.memoryIsSafe = isMemorySafe(walked);
 }
 
 void handle(int number, siginfo_t* info, void* context)
@@ -66,9 +60,9 @@ void handle(int number, siginfo_t* info, void* context)
     ThreadGuard* const guard = tGuard;
     if (guard != nullptr && guard->current != nullptr && isFault(*info))
     {
-        if (guard->escape != nullptr)
-            siglongjmp(*guard->escape, 1);
-        note(*guard, number, *info, *static_cast<const ucontext_t*>(context));
+        // A damaged stack ends the walk: what it has found stays.
+        if (!guard->isWalking)
+            note(*guard, number, *info, *static_cast<const ucontext_t*>(context));
         siglongjmp(guard->current->jump, 1);
     }
     passOn(number, info, context);
@@ -132,6 +126,7 @@ KY_COLD void land(FaultReport report) noexcept
 {
     ThreadGuard& guard = *tGuard;
     Fault fault = guard.fault;
+    guard.isWalking = false;
     pthread_sigmask(SIG_SETMASK, &guard.mask, nullptr);
     if ((guard.signalStack.ss_flags & disarmsItself) != 0)
         sigaltstack(&guard.signalStack, nullptr);

@@ -23,7 +23,7 @@ struct GuardRecord
 struct ThreadGuard
 {
     GuardRecord* current; ///< innermost guarded call, null outside
-    sigjmp_buf* escape;   ///< where a fault of the handler's own walk goes
+    bool isWalking;       ///< from a fault until the jump back: a second one is of the walk
     Fault fault;
     sigset_t mask; ///< signals that were blocked when it happened
     stack_t signalStack;
