@@ -6,6 +6,7 @@
 
 int main()
 {
+    ky::kySystemUtils::ExportProcessorCount(); // how many workers the library's pool gets
     ky::initializeKySystem(ky::InitType::Full, false);
     ky::kyLog::edit().installFileHandlerExUtf8("hello.log", 0, 1 << 20, 3); // 1 MiB a file, three old ones kept
     ky::logInfo("start") << "hello from process " << ky::kySystemUtils::GetCurrentProcessID();

@@ -50,6 +50,7 @@ protected:
 
 int main()
 {
+    ky::kySystemUtils::ExportProcessorCount();
     ky::initializeKySystem(ky::InitType::Full, false);
 
     ky::kyProgressNotifierConsoleView bar(nullptr, 40);

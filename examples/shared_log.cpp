@@ -18,6 +18,7 @@ void countMessages(const std::string&, ky::kyLogType, const std::string&, void* 
 int main()
 {
     int messages = 0;
+    ky::kySystemUtils::ExportProcessorCount();
     ky::initializeKySystem(ky::InitType::Full, false);
     ky::kyLog& log = ky::kyLog::edit();
     log.installFileHandlerExUtf8("shared.log", 0, 64 * 1024, 5);

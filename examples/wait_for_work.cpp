@@ -51,6 +51,7 @@ private:
 
 int main()
 {
+    ky::kySystemUtils::ExportProcessorCount();
     ky::initializeKySystem(ky::InitType::Full, false);
     long long sums[2] = {0, 0};
     {

@@ -44,6 +44,7 @@ void report(void* counter) { std::cout << static_cast<WordCounter*>(counter)->pa
 
 int main()
 {
+    ky::kySystemUtils::ExportProcessorCount();
     ky::initializeKySystem(ky::InitType::Full, false);
     int words = 0;
     {
