@@ -6,9 +6,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include <poll.h>
 #include <pty.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -212,6 +215,54 @@ TEST(ToolInterrupted, StopsWaitingForLogLines)
     EXPECT_EQ(tool.wait(), 1);
     EXPECT_THAT(readFile(file), EndsWith(" two\r\n"));
     EXPECT_THAT(readFile(file), HasSubstr(" one\r\n"));
+}
+
+/// No file may grow beyond `bytes` while it lives, as on a full disk. Started programs inherit that.
+class SmallDisk
+{
+public:
+    explicit SmallDisk(rlim_t bytes) : mHandler(signal(SIGXFSZ, SIG_IGN))
+    {
+        getrlimit(RLIMIT_FSIZE, &mBefore);
+        const rlimit limit = {bytes, mBefore.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~SmallDisk()
+    {
+        setrlimit(RLIMIT_FSIZE, &mBefore);
+        signal(SIGXFSZ, mHandler);
+    }
+    SmallDisk(const SmallDisk&) = delete;
+    SmallDisk& operator=(const SmallDisk&) = delete;
+
+private:
+    rlimit mBefore = {};
+    sighandler_t mHandler;
+};
+
+TEST(ToolOnAFullDisk, AReportThatDoesNotFitLeavesTheOldFile)
+{
+    for (const char* const option : {"--ini", "--csv"})
+    {
+        const TempDir dir;
+        const std::string file = dir.file("machine.txt");
+        writeFile(file, "old");
+        const std::string link = dir.file("link.txt");
+        ASSERT_EQ(symlink(file.c_str(), link.c_str()), 0);
+        {
+            const SmallDisk disk(256);
+            RunningTool tool(Screen::Pipe, {"report", "--full", option, link});
+            EXPECT_THAT(tool.readAll(), HasSubstr("ky: " + link + ": cannot be written\n"));
+            EXPECT_EQ(tool.wait(), 1);
+        }
+        EXPECT_EQ(readFile(file), "old") << option;
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 2) << option << " left a file";
+
+        RunningTool tool(Screen::Pipe, {"report", "--full", option, link});
+        tool.readAll();
+        EXPECT_EQ(tool.wait(), 0);
+        EXPECT_GT(readFile(file).size(), 256u) << option << " goes through the link";
+    }
 }
 
 } // namespace

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iostream>
@@ -208,16 +209,47 @@ std::string csvCell(const std::string& text)
     return quoted + "\"";
 }
 
+bool write(const std::filesystem::path& path, const std::string& content)
+{
+    std::ofstream out(path, std::ios::binary);
+    out << content;
+    out.close();
+    return out.good();
+}
+
+/// Writes beside the file and renames over it: when the disk is full the old file stays, and there is never half a one.
+bool replaceFile(const std::filesystem::path& file, const std::string& content)
+{
+    std::error_code error;
+    std::filesystem::path target = std::filesystem::canonical(file, error); // a link stays a link
+    if (error)
+        target = file;
+    const std::filesystem::file_status old = std::filesystem::status(target, error);
+    if (std::filesystem::exists(old) && !std::filesystem::is_regular_file(old))
+        return write(target, content); // a device or a pipe
+    std::filesystem::path beside = target;
+    beside += "." + std::to_string(kySystemUtils::GetCurrentProcessID()) + ".tmp";
+    bool done = write(beside, content);
+    if (done)
+    {
+        if (std::filesystem::exists(old))
+            std::filesystem::permissions(beside, old.permissions(), error);
+        std::filesystem::rename(beside, target, error);
+        done = !error;
+    }
+    if (!done)
+        std::filesystem::remove(beside, error);
+    return done;
+}
+
 bool saveCsv(const std::string& file, const Map& report)
 {
-    std::ofstream out(utf8Path(file), std::ios::binary);
-    out << "path,value\n";
+    std::string text = "path,value\n";
     Map flat;
     report.toFlattenMap(flat, '/');
     for (const auto& [path, value] : flat)
-        out << csvCell(path) << ',' << csvCell(value.toString()) << '\n';
-    out.close();
-    return out.good();
+        text += csvCell(path) + ',' + csvCell(value.toString()) + '\n';
+    return replaceFile(utf8Path(file), text);
 }
 
 } // namespace
