@@ -48,16 +48,14 @@ struct impl::ThreadHolder
 
     bool isOfThisProcess() const { return processId == native::currentProcessId(); }
 
-    void publish(std::uint32_t ownId)
-    {
-        id.store(ownId, std::memory_order_release);
-        id.notify_all();
-    }
+    void publish(std::uint32_t ownId) { id.store(ownId, std::memory_order_release); }
 
+    /// Polls: it is published as soon as the thread runs, and some runtimes lose wake-ups of std::atomic::wait().
     std::uint32_t publishedId() const
     {
-        if (id.load(std::memory_order_acquire) == 0 && isOfThisProcess())
-            id.wait(0, std::memory_order_acquire);
+        constexpr int yields = 200;
+        for (int turn = 0; id.load(std::memory_order_acquire) == 0 && isOfThisProcess(); ++turn)
+            native::sleepMs(turn < yields ? 0 : 1);
         return id.load(std::memory_order_relaxed);
     }
 

@@ -32,8 +32,7 @@ constexpr int disarmsItself = INT_MIN;
 struct Handlers
 {
     std::mutex mutex;
-    std::atomic<bool> installed{false};
-    /// Whether they go with the last guarded call.
+    /// Whether they come with the first guarded call and go with the last one.
     std::atomic<bool> temporary{true};
     int watched = 0;
 };
@@ -49,7 +48,8 @@ void note(ThreadGuard& guard, int number, const siginfo_t& info, const ucontext_
     guard.fault.memoryIsSafe = false;
     guard.fault.frames.firstGuess = StackFrames::capacity;
     guard.isWalking = true;
-    WalkedCall walked{guard.fault.frames, reinterpret_cast<std::uintptr_t>(guard.current)};
+    WalkedCall walked{guard.fault.frames,
+                      reinterpret_cast<std::uintptr_t>(guard.current.load(std::memory_order_relaxed))};
     walkFrames(context, walked);
     guard.fault.memoryIsSafe = isMemorySafe(walked);
 }
@@ -58,12 +58,13 @@ void handle(int number, siginfo_t* info, void* context)
 {
     const int error = errno;
     ThreadGuard* const guard = tGuard;
-    if (guard != nullptr && guard->current != nullptr && isFault(*info))
+    GuardRecord* const record = guard == nullptr ? nullptr : guard->current.load(std::memory_order_relaxed);
+    if (record != nullptr && isFault(*info))
     {
         // A damaged stack ends the walk: what it has found stays.
         if (!guard->isWalking)
             note(*guard, number, *info, *static_cast<const ucontext_t*>(context));
-        siglongjmp(guard->current->jump, 1);
+        siglongjmp(record->jump, 1);
     }
     passOn(number, info, context);
     errno = error;
@@ -73,7 +74,6 @@ KY_COLD void installForCall() noexcept
 {
     const std::lock_guard lock(sHandlers.mutex);
     installHandlers(&handle);
-    sHandlers.installed = true;
 }
 
 KY_COLD void removeAfterCall() noexcept
@@ -81,7 +81,6 @@ KY_COLD void removeAfterCall() noexcept
     const std::lock_guard lock(sHandlers.mutex);
     if (!sHandlers.temporary || anyThreadGuarded())
         return;
-    sHandlers.installed = false;
     removeHandlers(&handle);
 }
 
@@ -91,11 +90,10 @@ class Link
 public:
     Link(ThreadGuard& guard, GuardRecord& record) noexcept : mGuard(guard)
     {
-        record.outer = guard.current;
-        guard.current = &record;
-        // A signal handler of this thread reads it.
-        std::atomic_signal_fence(std::memory_order_seq_cst);
-        if (KY_UNLIKELY(!sHandlers.installed.load(std::memory_order_acquire)))
+        record.outer = guard.current.load(std::memory_order_relaxed);
+        makeInnermost(guard, &record);
+        // Under the lock, so that a thread that removes them meanwhile has seen this call, or has them put back by it.
+        if (KY_UNLIKELY(sHandlers.temporary.load(std::memory_order_acquire)))
             installForCall();
     }
     ~Link() { unlink(mGuard); }
@@ -104,13 +102,20 @@ public:
 
     static void unlink(ThreadGuard& guard) noexcept
     {
-        guard.current = guard.current->outer;
-        std::atomic_signal_fence(std::memory_order_seq_cst);
-        if (KY_UNLIKELY(sHandlers.temporary.load(std::memory_order_relaxed)) && guard.current == nullptr)
+        GuardRecord* const outer = guard.current.load(std::memory_order_relaxed)->outer;
+        makeInnermost(guard, outer);
+        if (KY_UNLIKELY(sHandlers.temporary.load(std::memory_order_relaxed)) && outer == nullptr)
             removeAfterCall();
     }
 
 private:
+    static void makeInnermost(ThreadGuard& guard, GuardRecord* record) noexcept
+    {
+        guard.current.store(record, std::memory_order_relaxed);
+        // A signal handler of this thread reads it.
+        std::atomic_signal_fence(std::memory_order_seq_cst);
+    }
+
     ThreadGuard& mGuard;
 };
 
@@ -166,7 +171,6 @@ void watchSignal(int number, SignalReport report)
     const std::lock_guard lock(sHandlers.mutex);
     setReport(number, report);
     installHandlers(&handle);
-    sHandlers.installed = true;
     sHandlers.temporary = false;
     ++sHandlers.watched;
 }

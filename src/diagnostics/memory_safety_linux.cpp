@@ -21,8 +21,21 @@ struct Range
 
 /// Modules of malloc() and free(), of operator new, and of the run-time linker.
 constexpr const char* functions[] = {"malloc", "free", "_Znwm", "_ZdlPv", "__tls_get_addr"};
-Range sRanges[std::size(functions)];
-std::atomic<bool> sLocated{false};
+
+/// Every thread that looks finds the same: whoever comes first fills it in, and so does who comes meanwhile.
+struct SharedRange
+{
+    std::atomic<std::uintptr_t> low{0};
+    std::atomic<std::uintptr_t> high{0};
+
+    bool holds(std::uintptr_t address) const noexcept
+    {
+        return address >= low.load(std::memory_order_relaxed) && address < high.load(std::memory_order_relaxed);
+    }
+};
+
+constinit SharedRange sRanges[std::size(functions)];
+constinit std::atomic<bool> sLocated{false};
 
 struct Search
 {
@@ -51,7 +64,7 @@ int findModule(dl_phdr_info* module, std::size_t, void* argument)
 bool mayHoldLocks(std::uintptr_t address) noexcept
 {
     return std::any_of(std::begin(sRanges), std::end(sRanges),
-                       [&](const Range& range) { return address >= range.low && address < range.high; });
+                       [&](const SharedRange& range) { return range.holds(address); });
 }
 
 } // namespace
@@ -65,7 +78,8 @@ void locateAllocator() noexcept
     {
         Search search{reinterpret_cast<std::uintptr_t>(dlsym(RTLD_DEFAULT, functions[i])), {}};
         all = all && search.address != 0 && dl_iterate_phdr(&findModule, &search) != 0;
-        sRanges[i] = search.found;
+        sRanges[i].low.store(search.found.low, std::memory_order_relaxed);
+        sRanges[i].high.store(search.found.high, std::memory_order_relaxed);
     }
     sLocated.store(all, std::memory_order_release);
 }

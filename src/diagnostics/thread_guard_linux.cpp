@@ -132,7 +132,7 @@ bool anyThreadGuarded() noexcept
 {
     const std::lock_guard lock(sAll.mutex);
     const ThreadGuard* guard = sAll.first;
-    while (guard != nullptr && guard->current == nullptr)
+    while (guard != nullptr && guard->current.load(std::memory_order_relaxed) == nullptr)
         guard = guard->next;
     return guard != nullptr;
 }

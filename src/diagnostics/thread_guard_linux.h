@@ -5,6 +5,7 @@
 #include "diagnostics/guard_native.h"
 #include "platform/compiler.h"
 
+#include <atomic>
 #include <csetjmp>
 #include <csignal>
 #include <cstddef>
@@ -22,8 +23,8 @@ struct GuardRecord
 
 struct ThreadGuard
 {
-    GuardRecord* current; ///< innermost guarded call, null outside
-    bool isWalking;       ///< from a fault until the jump back: a second one is of the walk
+    std::atomic<GuardRecord*> current; ///< innermost guarded call, null outside; the thread itself writes it
+    bool isWalking;                    ///< from a fault until the jump back: a second one is of the walk
     Fault fault;
     sigset_t mask; ///< signals that were blocked when it happened
     stack_t signalStack;
