@@ -5,6 +5,7 @@
 /// The whole public interface.
 
 #include <ky/kyCsvFileReader.h>
+#include <ky/kyDirUtils.h>
 #include <ky/kyIniFile.h>
 #include <ky/kyLog.h>
 #include <ky/kyMutex.h>

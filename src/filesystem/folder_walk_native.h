@@ -17,9 +17,9 @@ namespace ky::impl::native
 
 enum class EntryKind
 {
-    File,  ///< anything that is neither of the others, devices and pipes included
+    File, ///< anything that is neither of the others, devices and pipes included
     Folder,
-    Link   ///< symbolic link, junction: whatever stands for another place in the tree
+    Link ///< symbolic link, junction: whatever stands for another place in the tree
 };
 
 struct FolderEntry
