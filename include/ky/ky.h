@@ -6,12 +6,18 @@
 
 #include <ky/kyCsvFileReader.h>
 #include <ky/kyDirUtils.h>
+#include <ky/kyException.h>
 #include <ky/kyIniFile.h>
+#include <ky/kyLockFile.h>
 #include <ky/kyLog.h>
 #include <ky/kyMutex.h>
 #include <ky/kySemaphore.h>
 #include <ky/kyStringUtils.h>
 #include <ky/kySystem.h>
+#include <ky/kySystemError.h>
 #include <ky/kySystemUtils.h>
+#include <ky/kyThread.h>
+#include <ky/kyThreadPeriodicalUpdater.h>
 #include <ky/kyVariant.h>
 #include <ky/kyWaitCondition.h>
+#include <ky/kyWorkThread.h>

@@ -46,7 +46,10 @@ class kyMutex;
 namespace impl
 {
 struct LogData;
+struct HeldLogLocks;
 class LogText;
+
+void releaseLogLocks(const HeldLogLocks& keep) noexcept;
 
 /// Type of a message builder that keeps and writes nothing.
 inline constexpr kyLogType switchedOff = static_cast<kyLogType>(4);
@@ -193,6 +196,7 @@ public:
 
 private:
     friend class kyLogObject;
+    friend void impl::releaseLogLocks(const impl::HeldLogLocks& keep) noexcept;
 
     class CriticalSection;
 
@@ -202,6 +206,7 @@ private:
     /// The lock that was entered, null while there is none: a custom handler may make the logger thread-safe meanwhile.
     kyMutex* takeCriticalSection() const;
     static void releaseCriticalSection(kyMutex* taken);
+    static void releaseAbandoned(int inProcess, int file);
     void announceBlacklist();
     static void holdForFork();
     static void releaseAfterFork();

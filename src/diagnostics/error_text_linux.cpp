@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "diagnostics/error_text_native.h"
 
+#include <cerrno>
 #include <cstring>
 
 namespace ky::impl::native
@@ -12,5 +13,7 @@ std::string errorText(int code)
     const char* text = strerrordesc_np(code);
     return text == nullptr ? std::string() : std::string(text);
 }
+
+int lastError() noexcept { return errno; }
 
 } // namespace ky::impl::native

@@ -29,4 +29,6 @@ std::string errorText(int code)
     return length == 0 ? std::string() : narrow({buffer.text, length});
 }
 
+int lastError() noexcept { return static_cast<int>(GetLastError()); }
+
 } // namespace ky::impl::native

@@ -5,11 +5,13 @@
 
 #include <sys/socket.h>
 #include <sys/time.h>
+#include <sys/uio.h>
 #include <sys/un.h>
 #include <syslog.h>
 #include <unistd.h>
 
 #include <cstring>
+#include <iterator>
 
 namespace ky::impl::native
 {
@@ -17,15 +19,17 @@ namespace ky::impl::native
 namespace
 {
 
-int severityOf(EventKind kind)
+/// Facility user, and the severity.
+std::string_view priorityOf(EventKind kind)
 {
+    static_assert(LOG_USER == 8 && LOG_ERR == 3 && LOG_WARNING == 4 && LOG_INFO == 6);
     switch (kind)
     {
-    case EventKind::Information: return LOG_INFO;
-    case EventKind::Warning: return LOG_WARNING;
-    case EventKind::Error: return LOG_ERR;
+    case EventKind::Information: return "<14>";
+    case EventKind::Warning: return "<12>";
+    case EventKind::Error: return "<11>";
     }
-    return LOG_INFO;
+    return "<14>";
 }
 
 /// -1 when no service listens.
@@ -46,18 +50,21 @@ int openSyslogSocket()
     return -1;
 }
 
+iovec piece(std::string_view text) { return {const_cast<char*>(text.data()), text.size()}; }
+
 } // namespace
 
-void reportEvent(const std::string& source, EventKind kind, const std::string& text)
+void reportEvent(std::string_view source, EventKind kind, std::string_view text) noexcept
 {
     const int descriptor = openSyslogSocket();
     if (descriptor < 0)
         return;
     // Without a time stamp: the service puts its own.
-    std::string entry = "<";
-    entry += std::to_string(LOG_USER | severityOf(kind));
-    entry.append(">").append(source).append(": ").append(text);
-    (void)send(descriptor, entry.data(), entry.size(), MSG_NOSIGNAL);
+    iovec pieces[] = {piece(priorityOf(kind)), piece(source), piece(": "), piece(text)};
+    msghdr entry = {};
+    entry.msg_iov = pieces;
+    entry.msg_iovlen = std::size(pieces);
+    (void)sendmsg(descriptor, &entry, MSG_NOSIGNAL);
     close(descriptor);
 }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <string>
 #include <string_view>
 
 namespace ky::impl::native
@@ -15,6 +14,7 @@ enum class EventKind
 };
 
 /// Reports one event to the system's log under the name of the source. UTF-8. Failures are ignored.
-void reportEvent(const std::string& source, EventKind kind, const std::string& text);
+/// Linux: needs no memory.
+void reportEvent(std::string_view source, EventKind kind, std::string_view text) noexcept;
 
 } // namespace ky::impl::native

@@ -23,15 +23,23 @@ WORD typeOf(EventKind kind)
 
 } // namespace
 
-void reportEvent(const std::string& source, EventKind kind, const std::string& text)
+void reportEvent(std::string_view source, EventKind kind, std::string_view text) noexcept
 {
-    const std::wstring message = widen(text);
-    const HANDLE log = RegisterEventSourceW(nullptr, widen(source).c_str());
-    if (log == nullptr)
-        return;
-    LPCWSTR strings[] = {message.c_str()};
-    ReportEventW(log, typeOf(kind), 0, 1, nullptr, 1, 0, strings, nullptr);
-    DeregisterEventSource(log);
+    HANDLE log = nullptr;
+    try
+    {
+        const std::wstring message = widen(text);
+        log = RegisterEventSourceW(nullptr, widen(source).c_str());
+        LPCWSTR strings[] = {message.c_str()};
+        if (log != nullptr)
+            ReportEventW(log, typeOf(kind), 0, 1, nullptr, 1, 0, strings, nullptr);
+    }
+    catch (...)
+    {
+        // No memory for the converted text.
+    }
+    if (log != nullptr)
+        DeregisterEventSource(log);
 }
 
 } // namespace ky::impl::native

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include <ky/kyLog.h>
 
+#include "diagnostics/crash_output.h"
 #include "diagnostics/escape_text.h"
-#include "platform/fork_native.h"
 #include "diagnostics/log_file.h"
 #include "diagnostics/log_line.h"
+#include "diagnostics/log_locks.h"
 #include "diagnostics/standard_output.h"
 #include "frame/library_state.h"
+#include "platform/fork_native.h"
 
 #include <ky/kyMutex.h>
 
@@ -34,19 +36,25 @@ struct LogData
 namespace
 {
 
+thread_local constinit HeldLogLocks tHeld;
+
 /// Holds the log file against other processes, where there is a lock for it.
 class FileSection
 {
 public:
     explicit FileSection(kyMutexSystem* lock) : mLock(lock)
     {
-        if (mLock != nullptr)
-            mLock->lock();
+        if (mLock == nullptr)
+            return;
+        mLock->lock();
+        ++tHeld.file;
     }
     ~FileSection()
     {
-        if (mLock != nullptr)
-            mLock->unlock();
+        if (mLock == nullptr)
+            return;
+        --tHeld.file;
+        mLock->unlock();
     }
     FileSection(const FileSection&) = delete;
     FileSection& operator=(const FileSection&) = delete;
@@ -88,6 +96,8 @@ std::vector<std::string_view> splitNames(std::string_view names)
 
 } // namespace
 
+HeldLogLocks heldLogLocks() noexcept { return tHeld; }
+
 } // namespace impl
 
 kyLog* kyLog::msInstance = nullptr;
@@ -128,12 +138,15 @@ kyLog::~kyLog()
 
 void kyLog::createInstance(bool threadSafe)
 {
-    if (msInstance == nullptr)
-        msInstance = new kyLog(threadSafe);
+    if (msInstance != nullptr)
+        return;
+    msInstance = new kyLog(threadSafe);
+    impl::setCrashEcho(true);
 }
 
 void kyLog::destroyInstance()
 {
+    impl::forgetCrashOutputs();
     // The locks report trouble through the logger when they are destroyed: none must be found by then.
     delete std::exchange(msInstance, nullptr);
 }
@@ -166,6 +179,7 @@ void kyLog::makeThreadSafe()
     static_cast<void>(registered);
     if (mData->lock == nullptr)
         mData->lock = std::make_unique<kyMutex>();
+    impl::setCrashLock(mData->lock.get());
     const CriticalSection section(*this);
     if (!mData->file.path().empty())
         mData->fileLock = std::make_unique<kyMutexSystem>(mData->file.path().c_str());
@@ -174,18 +188,38 @@ void kyLog::makeThreadSafe()
 kyMutex* kyLog::takeCriticalSection() const
 {
     kyMutex* const lock = mData->lock.get();
-    if (lock != nullptr)
-        lock->lock();
+    if (lock == nullptr)
+        return nullptr;
+    lock->lock();
+    ++impl::tHeld.inProcess;
     return lock;
 }
 
 void kyLog::releaseCriticalSection(kyMutex* taken)
 {
-    if (taken != nullptr)
-        taken->unlock();
+    if (taken == nullptr)
+        return;
+    --impl::tHeld.inProcess;
+    taken->unlock();
 }
 
-void kyLog::setEchoToConsole(bool echo) { mData->echo.store(echo, std::memory_order_relaxed); }
+void kyLog::releaseAbandoned(int inProcess, int file)
+{
+    impl::LogData* const data = msInstance == nullptr ? nullptr : msInstance->mData;
+    for (; data != nullptr && data->fileLock != nullptr && impl::tHeld.file > file; --impl::tHeld.file)
+        data->fileLock->unlock();
+    for (; data != nullptr && data->lock != nullptr && impl::tHeld.inProcess > inProcess; --impl::tHeld.inProcess)
+        data->lock->unlock();
+    impl::tHeld = {inProcess, file};
+}
+
+void impl::releaseLogLocks(const HeldLogLocks& keep) noexcept { kyLog::releaseAbandoned(keep.inProcess, keep.file); }
+
+void kyLog::setEchoToConsole(bool echo)
+{
+    mData->echo.store(echo, std::memory_order_relaxed);
+    impl::setCrashEcho(echo);
+}
 
 void kyLog::setDebugSubTypeEnabled(const char* names, bool enabled)
 {
@@ -262,6 +296,7 @@ void kyLog::installFileHandlerExUtf8(const std::string& pathUtf8, int flags, lon
         const CriticalSection section(*this);
         removeFileHandler();
         mData->file.setPath(pathUtf8, maxSizeBytes, filesToKeep);
+        impl::setCrashFile(pathUtf8);
         if (!pathUtf8.empty() && impl::libraryState() == impl::LibraryState::Full)
             mData->fileLock = std::make_unique<kyMutexSystem>(pathUtf8.c_str());
         setEchoToConsole((flags & EchoToStandardOutput) != 0);
@@ -283,6 +318,7 @@ void kyLog::removeFileHandler()
     const CriticalSection section(*this);
     mData->fileLock.reset();
     mData->file.setPath(std::string(), -1, 0);
+    impl::setCrashFile(std::string());
     setEchoToConsole(false);
 }
 
@@ -303,6 +339,7 @@ void kyLog::installCustomHandler(CustomHandler handler, void* userData)
     const CriticalSection section(*this);
     mData->handler = handler;
     mData->userData = userData;
+    impl::setCrashHandler(handler, userData);
 }
 
 } // namespace ky

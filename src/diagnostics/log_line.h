@@ -2,6 +2,8 @@
 // One line of the log, put together once and handed to every output in one piece.
 #pragma once
 
+#include "diagnostics/fixed_text.h"
+
 #include <ky/kyLog.h>
 
 #include <array>
@@ -18,6 +20,10 @@ class LineClock
 {
 public:
     std::string_view text() noexcept;
+
+    /// The same from any thread, without the system's calendar and its locks: by the difference to universal time that
+    /// text() found last.
+    static FixedText<32> textInEmergency() noexcept;
 
 private:
     static constexpr std::int64_t never = INT64_MIN;

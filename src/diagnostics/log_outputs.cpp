@@ -68,15 +68,8 @@ void kyLog::WriteToSystemLog(const std::string& message, kyLogType type, const s
 {
     if (type == kyLogType::DEBUG)
         return;
-    try
-    {
-        const std::string_view text = impl::cutToUtf16Units(message, impl::maxEventUnits);
-        impl::native::reportEvent(source.empty() ? "kyLog" : source, impl::eventKind(type), std::string(text));
-    }
-    catch (...)
-    {
-        // No memory for the converted text.
-    }
+    const std::string_view text = impl::cutToUtf16Units(message, impl::maxEventUnits);
+    impl::native::reportEvent(source.empty() ? std::string_view("kyLog") : source, impl::eventKind(type), text);
 }
 
 } // namespace ky

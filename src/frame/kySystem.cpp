@@ -2,6 +2,7 @@
 // The top floor: the one file that knows every subsystem, to start and stop them in order.
 #include <ky/kySystem.h>
 
+#include "diagnostics/signal_watchers.h"
 #include "frame/library_state.h"
 #include "platform/process_id_native.h"
 
@@ -49,7 +50,9 @@ void startFull()
     if (kyLog* const log = kyLog::editPtr())
         log->makeThreadSafe();
     kyWaitCondition::FindBestImplementation();
-    // Next in order: the main disk query, the worker pool, the signal watchers with their announcement.
+    // Next in order: the main disk query, the worker pool.
+    kyLogObject(kyLogType::DEBUG, "", kyLog::editPtr(), nullptr) << "Register signal and exception watchers";
+    impl::registerWatchers();
 }
 
 } // namespace
@@ -69,7 +72,9 @@ void terminateKySystem()
     if (!lightCounter().decrementInitCounter())
         return;
     fullCounter().clearInitCounter();
-    // First in order, when full: the worker pool and the signal watchers; then the resource registry with its lock.
+    // First in order, when full: the worker pool.
+    impl::unregisterWatchers();
+    // Then the resource registry with its lock.
     kyStringUtils::TerminateStringUtils();
     kySystemUtils::TerminateSystemUtils();
     kyLog::destroyInstance();

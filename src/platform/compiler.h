@@ -41,3 +41,11 @@
 #else
 #define KY_SPIN_PAUSE() static_cast<void>(0)
 #endif
+
+// For a thread-local pointer that signal handlers read: reaching it must not call into the run-time linker, which may
+// have to allocate it first.
+#if (defined(__GNUC__) || defined(__clang__)) && defined(__linux__)
+#define KY_STATIC_TLS __attribute__((tls_model("initial-exec")))
+#else
+#define KY_STATIC_TLS
+#endif

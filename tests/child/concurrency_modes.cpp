@@ -4,8 +4,12 @@
 #include <ky/kyLog.h>
 #include <ky/kyMutex.h>
 #include <ky/kySystem.h>
+#include <ky/kyThreadPeriodicalUpdater.h>
+#include <ky/kyWorkThread.h>
 
+#include <atomic>
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <thread>
@@ -67,6 +71,49 @@ int pass(const Arguments& arguments)
     return 0;
 }
 
+struct Worker : ky::kyWorkThread
+{
+    void processJob(ky::kyJob*) override {}
+};
+
+struct Logger : ky::kyThread
+{
+    void run() override
+    {
+        for (;;)
+            ky::kyLogObject(ky::kyLogType::INFO, "thread", ky::kyLog::editPtr(), nullptr) << "line";
+    }
+};
+
+void spin(void* rounds)
+{
+    for (int i = 0; i < 1'000'000; ++i)
+        ++*static_cast<std::atomic<int>*>(rounds);
+}
+
+/// HOW: leaves while a worker waits for work and an updater is in a round. "exit" leaves a thread that logs as well;
+/// "terminate" ends the library first.
+int leaveRunning(const Arguments& arguments)
+{
+    ky::initializeKySystem(ky::InitType::Full, false);
+    ky::kyLog::edit().setEchoToConsole(false);
+    // Objects that nobody destroys, as those of a program that just leaves.
+    static std::atomic<int> rounds{0};
+    auto& worker = *new Worker;
+    auto& logger = *new Logger;
+    auto& updater = *new ky::kyThreadPeriodicalUpdater(1);
+    worker.startThread(nullptr);
+    updater.addCallback(&spin, &rounds);
+    while (rounds == 0)
+        ky::kyThread::msleep(1);
+    if (arguments[0] == "exit")
+        logger.startThread(nullptr);
+    else
+        ky::terminateKySystem();
+    std::exit(7);
+}
+
+const ky::test::RegisterChildMode sLeave("threads_left_running", &leaveRunning);
 const ky::test::RegisterChildMode sCount("mutex_count", &count);
 const ky::test::RegisterChildMode sHold("mutex_hold", &hold);
 const ky::test::RegisterChildMode sPass("mutex_pass", &pass);

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <ky/kyThread.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <functional>
+#include <string>
+#include <system_error>
+#include <utility>
+
+namespace ky::test
+{
+
+inline constexpr int forEver = 0x7FFFFFFF;
+
+/// Time for something to happen that must not happen. Too short a one hides a fault; it never makes one.
+inline constexpr std::chrono::milliseconds grace(30);
+
+inline bool isSoak() { return std::getenv("KY_SOAK") != nullptr; }
+
+/// A thread that runs a function.
+class Body : public kyThread
+{
+public:
+    explicit Body(std::function<void()> body = [] {}) : mBody(std::move(body)) {}
+    ~Body() override { waitThread(forEver); }
+    void run() override { mBody(); }
+
+private:
+    std::function<void()> mBody;
+};
+
+/// The system error that a call throws; no error when it throws nothing.
+template <typename Call>
+std::error_code errorOf(Call call)
+{
+    try
+    {
+        call();
+    }
+    catch (const std::system_error& error)
+    {
+        return error.code();
+    }
+    return {};
+}
+
+/// The calling thread's name as system tools show it.
+std::string systemNameOfThisThread();
+
+/// Whether the system keeps only the first bytes of a name.
+bool cutsThreadNames();
+
+} // namespace ky::test

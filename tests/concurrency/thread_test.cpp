@@ -1,0 +1,229 @@
+// SPDX-License-Identifier: MIT
+#include "concurrency/full_library.h"
+#include "concurrency/thread_support.h"
+#include "diagnostics/fork_while_logging.h"
+#include "support/child_process.h"
+
+#include <ky/kySemaphore.h>
+#include <ky/kyThreadPeriodicalUpdater.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+#include <stdexcept>
+#include <type_traits>
+#include <vector>
+
+namespace
+{
+
+using namespace ky::test;
+using ky::kyLog;
+using ky::kySemaphore;
+using ky::kyThread;
+
+const auto* const sLibrary = testing::AddGlobalTestEnvironment(new FullLibrary);
+
+static_assert(std::is_base_of_v<ky::kyRunnableInterface, kyThread> && std::is_abstract_v<ky::kyRunnableInterface>);
+static_assert(!std::is_constructible_v<ky::kyRunnableInterface> && !std::is_copy_constructible_v<kyThread>);
+
+TEST(Thread, AWaitThatEndsTooEarlyLeavesTheThreadRunning)
+{
+    kySemaphore gate(0);
+    Body thread([&] { gate.acquire(1); });
+    thread.startThread(nullptr);
+    EXPECT_FALSE(thread.waitThread(0));
+    EXPECT_FALSE(thread.waitThread(20));
+    EXPECT_TRUE(thread.isRunning());
+    EXPECT_FALSE(thread.isFinished());
+    gate.release(1);
+    EXPECT_TRUE(thread.waitThread(forEver));
+    EXPECT_FALSE(thread.isRunning());
+    EXPECT_TRUE(thread.isFinished());
+}
+
+TEST(Thread, StartsAgainOnlyAfterAJoin)
+{
+    std::atomic<int> runs{0};
+    Body thread([&] { ++runs; });
+    for (int round = 1; round <= 3; ++round)
+    {
+        thread.startThread("again");
+        EXPECT_TRUE(eventually([&] { return !thread.isRunning(); }));
+        EXPECT_FALSE(thread.isFinished());
+        thread.startThread("too early");
+        EXPECT_EQ(thread.getThreadName().rfind("again ", 0), 0u);
+        EXPECT_TRUE(thread.waitThread(0));
+        EXPECT_EQ(runs, round);
+    }
+}
+
+TEST(Thread, IsKnownByOneIdInsideAndOutside)
+{
+    std::string ids[3];
+    Body* self = nullptr;
+    Body thread(
+        [&]
+        {
+            ids[0] = kyThread::CurrentThreadId();
+            ids[1] = self->getThreadId();
+            ids[2] = self->getThreadName();
+        });
+    self = &thread;
+    thread.startThread("name");
+    const std::string id = thread.getThreadId();
+    const std::string& name = thread.getThreadName();
+    EXPECT_EQ(name, "name " + id);
+    EXPECT_TRUE(thread.waitThread(forEver));
+    EXPECT_EQ(ids[0], id);
+    EXPECT_EQ(ids[1], id);
+    EXPECT_EQ(ids[2], name);
+    EXPECT_NE(id, kyThread::CurrentThreadId());
+    EXPECT_EQ(id, std::to_string(std::stoul(id)));
+}
+
+TEST(Thread, HasItsNameInTheSystem)
+{
+    // The second column: where the system keeps 15 bytes. Empty: the whole name fits, or its end is the id.
+    const char* const cases[][2] = {
+        {"short", ""},
+        {"exactly-fifteen-and-more", "exactly-fifteen"},
+        {"fourteen bytes", "fourteen bytes "},
+        {"\xC3\xA4\xC3\xB6\xC3\xBC\xC3\xA4\xC3\xB6\xC3\xBC\xC3\xA4\xC3\xB6",
+         "\xC3\xA4\xC3\xB6\xC3\xBC\xC3\xA4\xC3\xB6\xC3\xBC\xC3\xA4"},
+        {"1234567890123\xE2\x82\xAC", "1234567890123"},
+        {"123456789012\xE2\x82\xAC", "123456789012\xE2\x82\xAC"},
+    };
+    for (const auto& [name, cut] : cases)
+    {
+        std::string shown;
+        Body thread([&] { shown = systemNameOfThisThread(); });
+        thread.startThread(name);
+        EXPECT_TRUE(thread.waitThread(forEver));
+        EXPECT_EQ(shown, cutsThreadNames() && *cut != '\0' ? std::string(cut) : thread.getThreadName());
+    }
+}
+
+TEST(Thread, CannotJoinItself)
+{
+    std::error_code code;
+    bool polled = true;
+    Body* self = nullptr;
+    Body thread(
+        [&]
+        {
+            polled = self->waitThread(0);
+            code = errorOf([&] { self->waitThread(forEver); });
+        });
+    self = &thread;
+    thread.startThread(nullptr);
+    EXPECT_TRUE(thread.waitThread(forEver));
+    EXPECT_EQ(code, std::errc::resource_deadlock_would_occur);
+    EXPECT_FALSE(polled);
+}
+
+TEST(Thread, EndsWhenItsBodyThrows)
+{
+    kyLog::edit().setLogTypeEnabled(ky::kyLogType::CRITICAL, false);
+    for (const bool isStandard : {true, false})
+    {
+        Body thread(
+            [=]
+            {
+                if (isStandard)
+                    throw std::runtime_error("boom");
+                throw 1;
+            });
+        thread.startThread(nullptr);
+        EXPECT_TRUE(eventually([&] { return !thread.isRunning(); }));
+        EXPECT_TRUE(thread.waitThread(0));
+    }
+    kyLog::edit().setLogTypeEnabled(ky::kyLogType::CRITICAL, true);
+}
+
+TEST(Thread, IsDestroyedRightAfterItsStart)
+{
+    std::atomic<int> runs{0};
+    const int rounds = isSoak() ? 10'000 : 200;
+    for (int round = 0; round < rounds; ++round)
+    {
+        Body thread([&] { ++runs; });
+        thread.startThread(round % 2 == 0 ? nullptr : "named");
+    }
+    EXPECT_EQ(runs, rounds);
+}
+
+TEST(Thread, ManyStartAndAskAtOnce)
+{
+    std::atomic<int> wrong{0};
+    std::vector<std::unique_ptr<Body>> starters;
+    for (int i = 0; i < 8; ++i)
+    {
+        starters.push_back(std::make_unique<Body>(
+            [&]
+            {
+                for (int round = 0; round < 50; ++round)
+                {
+                    std::string own;
+                    Body inner([&] { own = kyThread::CurrentThreadId(); });
+                    inner.startThread("inner");
+                    const std::string asked = round % 2 == 0 ? inner.getThreadId() : inner.getThreadName().substr(6);
+                    inner.waitThread(round % 3 == 0 ? forEver : 1'000'000);
+                    wrong += own != asked;
+                }
+            }));
+        starters.back()->startThread("starter");
+    }
+    starters.clear();
+    EXPECT_EQ(wrong, 0);
+}
+
+TEST(Fork, AChildCanDestroyThreadsAndLog)
+{
+    if (!canFork())
+        GTEST_SKIP() << "no fork here";
+    std::atomic<bool> stop{false};
+    std::vector<std::unique_ptr<Body>> loggers;
+    kyLog::edit().setLogTypeEnabled(ky::kyLogType::CRITICAL, false);
+    for (int i = 0; i < 4; ++i)
+    {
+        loggers.push_back(std::make_unique<Body>(
+            [&]
+            {
+                while (!stop)
+                    ky::kyLogObject(ky::kyLogType::INFO, "thread", kyLog::editPtr(), nullptr) << "line";
+            }));
+        loggers.back()->startThread("logger");
+    }
+    kySemaphore gate(0);
+    for (int round = 0; round < (isSoak() ? 1000 : 20); ++round)
+    {
+        auto waiting = std::make_unique<Body>([&] { gate.acquire(1); });
+        auto updater = std::make_unique<ky::kyThreadPeriodicalUpdater>(3600);
+        waiting->startThread("waiting");
+        const bool ended = forkAndRun(
+            [&]
+            {
+                ky::kyLogObject(ky::kyLogType::INFO, "child", kyLog::editPtr(), nullptr) << "line";
+                static_cast<void>(waiting->getThreadId());
+                if (waiting->waitThread(forEver) || !waiting->isFinished())
+                    std::abort();
+                waiting.reset();
+                updater.reset();
+            });
+        EXPECT_TRUE(ended) << round;
+        gate.release(1);
+    }
+    stop = true;
+    loggers.clear();
+    kyLog::edit().setLogTypeEnabled(ky::kyLogType::CRITICAL, true);
+}
+
+TEST(Exit, DoesNotWaitForThreads)
+{
+    for (const char* const how : {"exit", "terminate"})
+        EXPECT_EQ(ChildProcess("threads_left_running", {how}).wait(), 7) << how;
+}
+
+} // namespace

@@ -1,0 +1,272 @@
+// SPDX-License-Identifier: MIT
+#include "concurrency/full_library.h"
+#include "concurrency/thread_support.h"
+#include "support/child_process.h"
+
+#include <ky/kyMutex.h>
+#include <ky/kySemaphore.h>
+#include <ky/kyThreadPeriodicalUpdater.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+using namespace ky::test;
+using ky::kyLog;
+using Updater = ky::kyThreadPeriodicalUpdater;
+
+const auto* const sLibrary = testing::AddGlobalTestEnvironment(new FullLibrary);
+
+/// So long a period never ends in a test: a round begins only when somebody is registered.
+constexpr unsigned int anHour = 3600;
+
+/// Writes down who was called. Each caller is a letter with a call() of its own.
+class Record
+{
+public:
+    struct Caller
+    {
+        Record* record;
+        char letter;
+    };
+
+    static void call(void* caller)
+    {
+        auto& own = *static_cast<Caller*>(caller);
+        const ky::kyMutexLocker locker(own.record->mMutex);
+        own.record->mCalls += own.letter;
+    }
+
+    std::string calls()
+    {
+        const ky::kyMutexLocker locker(mMutex);
+        return mCalls;
+    }
+
+    Caller a{this, 'a'};
+    Caller b{this, 'b'};
+    Caller c{this, 'c'};
+
+private:
+    ky::kyMutex mMutex;
+    std::string mCalls;
+};
+
+void count(void* counter) { ++*static_cast<std::atomic<int>*>(counter); }
+
+#define EXPECT_CALLS(expected)                                                                                         \
+    EXPECT_TRUE(eventually([&] { return record.calls() == (expected); })) << record.calls() << " is not " << (expected)
+
+TEST(Updater, CallsAllInOrderAtOnceWhenOneIsRegistered)
+{
+    Record record;
+    Updater updater(anHour);
+    EXPECT_TRUE(updater.isRunning());
+    EXPECT_EQ(updater.getThreadName(), "ky::kyThreadPeriodicalUpdater " + updater.getThreadId());
+    updater.addCallback(&Record::call, &record.b);
+    EXPECT_CALLS("b");
+    updater.addCallback(&Record::call, &record.a);
+    EXPECT_CALLS("bba");
+    updater.addCallback(&Record::call, &record.c);
+    EXPECT_CALLS("bbabac");
+}
+
+TEST(Updater, TheFirstRoundIsNotLostWhileTheThreadStarts)
+{
+    for (int round = 0; round < (isSoak() ? 10'000 : 200); ++round)
+    {
+        std::atomic<int> calls{0};
+        Updater updater(anHour);
+        updater.addCallback(&count, &calls);
+        ASSERT_TRUE(eventually([&] { return calls == 1; })) << round;
+    }
+}
+
+TEST(Updater, KeepsDuplicatesAndRemovesTheFirstOfThem)
+{
+    Record record;
+    Updater updater(anHour);
+    updater.addCallback(&Record::call, &record.a);
+    EXPECT_CALLS("a");
+    updater.addCallback(&Record::call, &record.b);
+    EXPECT_CALLS("aab");
+    updater.addCallback(&Record::call, &record.a);
+    EXPECT_CALLS("aababa");
+    updater.removeCallback(&Record::call, &record.a);
+    updater.removeCallback(&Record::call, &record.c);
+    updater.removeCallback(&count, &record.b);
+    updater.addCallback(&Record::call, &record.c);
+    EXPECT_CALLS("aabababac");
+    updater.removeCallback(&Record::call, &record.a);
+    updater.addCallback(&Record::call, &record.c);
+    EXPECT_CALLS("aabababacbcc");
+}
+
+TEST(Updater, CallsOnceMoreWhenItEnds)
+{
+    Record record;
+    {
+        Updater updater(anHour);
+        updater.addCallback(&Record::call, &record.a);
+        updater.addCallback(&Record::call, &record.b);
+        EXPECT_TRUE(eventually([&] { return record.calls().find('b') != std::string::npos; }));
+        updater.removeCallback(&Record::call, &record.b);
+    }
+    EXPECT_EQ(record.calls().back(), 'a');
+    EXPECT_EQ(record.calls().find('b'), record.calls().rfind('b'));
+}
+
+TEST(Updater, APeriodOfNoSecondsIsOneSecond)
+{
+    std::atomic<int> calls{0};
+    Updater updater(0);
+    const auto start = std::chrono::steady_clock::now();
+    updater.addCallback(&count, &calls);
+    EXPECT_TRUE(eventually([&] { return calls >= 3; }));
+    // The clock of the wait may be a tick coarser than this one.
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1900));
+}
+
+/// A callback that changes the list, once, while the round goes through it.
+struct Change
+{
+    Updater* updater;
+    Record* record;
+    std::vector<Record::Caller*> removed;
+    std::vector<Record::Caller*> added;
+    bool removesItself;
+
+    static void call(void* change)
+    {
+        auto& own = *static_cast<Change*>(change);
+        for (Record::Caller* const caller : std::exchange(own.removed, {}))
+            own.updater->removeCallback(&Record::call, caller);
+        for (Record::Caller* const caller : std::exchange(own.added, {}))
+            own.updater->addCallback(&Record::call, caller);
+        if (own.removesItself)
+            own.updater->removeCallback(&Change::call, &own);
+    }
+};
+
+TEST(Updater, CallbacksMayChangeTheList)
+{
+    // The list is a, the change, b; c is registered to begin the next round.
+    const struct
+    {
+        std::string removed, added;
+        bool removesItself;
+        std::string round, nextRound;
+    } cases[] = {
+        {"", "", true, "ab", "abc"}, {"b", "", false, "a", "ac"},     {"a", "", true, "ab", "bc"},
+        {"ab", "", true, "a", "c"},  {"", "b", false, "abb", "abbc"}, {"b", "a", true, "aa", "aac"},
+    };
+    for (const auto& [removed, added, removesItself, round, nextRound] : cases)
+    {
+        Record record;
+        Updater updater(anHour);
+        Change change{&updater, &record, {}, {}, removesItself};
+        const auto callersOf = [&](const std::string& letters)
+        {
+            std::vector<Record::Caller*> callers;
+            for (const char letter : letters)
+                callers.push_back(letter == 'a' ? &record.a : &record.b);
+            return callers;
+        };
+        change.removed = callersOf(removed);
+        change.added = callersOf(added);
+        updater.addCallback(&Record::call, &record.a);
+        EXPECT_CALLS("a");
+        // Within a round, so that the same round comes to both.
+        struct Both
+        {
+            static void call(void* change)
+            {
+                auto& own = *static_cast<Change*>(change);
+                own.updater->removeCallback(&Both::call, change);
+                own.updater->addCallback(&Change::call, change);
+                own.updater->addCallback(&Record::call, &own.record->b);
+            }
+        };
+        updater.addCallback(&Both::call, &change);
+        EXPECT_CALLS("a" + round);
+        updater.addCallback(&Record::call, &record.c);
+        EXPECT_CALLS("a" + round + nextRound);
+    }
+}
+
+TEST(Updater, ARemovedCallbackIsNotRunning)
+{
+    struct Guarded
+    {
+        static void call(void* guarded)
+        {
+            auto& own = *static_cast<Guarded*>(guarded);
+            if (!own.isRegistered)
+                own.wasCalledLate = true;
+        }
+        bool isRegistered = true; ///< plain: the updater's mutex is what orders its users
+        bool wasCalledLate = false;
+    };
+    Updater updater(anHour);
+    std::vector<std::unique_ptr<Body>> threads;
+    std::atomic<int> late{0};
+    for (int i = 0; i < 4; ++i)
+    {
+        threads.push_back(std::make_unique<Body>(
+            [&]
+            {
+                for (int round = 0; round < (isSoak() ? 20'000 : 500); ++round)
+                {
+                    Guarded own;
+                    updater.addCallback(&Guarded::call, &own);
+                    if (round % 4 == 0)
+                        std::this_thread::yield();
+                    updater.removeCallback(&Guarded::call, &own);
+                    own.isRegistered = false;
+                    late += own.wasCalledLate;
+                }
+            }));
+        threads.back()->startThread("changer");
+    }
+    threads.clear();
+    EXPECT_EQ(late, 0);
+}
+
+TEST(Updater, IsDestroyedAtAnyMoment)
+{
+    std::atomic<int> calls{0};
+    for (int round = 0; round < (isSoak() ? 10'000 : 300); ++round)
+    {
+        Updater updater(anHour);
+        if (round % 2 == 0)
+            updater.addCallback(&count, &calls);
+        if (round % 3 == 0)
+            std::this_thread::yield();
+    }
+}
+
+TEST(Updater, ACallbackThatThrowsEndsTheThreadAndLeavesNothingLocked)
+{
+    kyLog::edit().setLogTypeEnabled(ky::kyLogType::CRITICAL, false);
+    const auto fail = [](void*) { throw std::runtime_error("boom"); };
+    {
+        std::atomic<int> calls{0};
+        Updater updater(anHour);
+        updater.addCallback(fail, nullptr);
+        EXPECT_TRUE(eventually([&] { return !updater.isRunning(); }));
+        updater.addCallback(&count, &calls);
+        updater.removeCallback(fail, nullptr);
+        EXPECT_EQ(calls, 0);
+    }
+    kyLog::edit().setLogTypeEnabled(ky::kyLogType::CRITICAL, true);
+}
+
+} // namespace

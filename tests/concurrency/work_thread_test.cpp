@@ -1,0 +1,336 @@
+// SPDX-License-Identifier: MIT
+#include "concurrency/full_library.h"
+#include "concurrency/thread_support.h"
+#include "support/child_process.h"
+
+#include <ky/kySemaphore.h>
+#include <ky/kyWorkThread.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+#include <stdexcept>
+#include <thread>
+#include <type_traits>
+#include <vector>
+
+namespace
+{
+
+using namespace ky::test;
+using ky::kyJob;
+using ky::kyLog;
+using ky::kySemaphore;
+using ky::kyWorkThread;
+
+const auto* const sLibrary = testing::AddGlobalTestEnvironment(new FullLibrary);
+
+static_assert(std::is_abstract_v<kyWorkThread> && std::is_copy_constructible_v<kyJob>);
+
+/// A job that runs a function and counts what happens to it.
+struct Job : kyJob
+{
+    explicit Job(std::function<void()> call = [] {}) : work(std::move(call)) {}
+    void onDelete() override
+    {
+        ++discarded;
+        if (discardOrder != nullptr)
+            discardOrder->push_back(this);
+    }
+
+    std::function<void()> work;
+    std::vector<Job*>* discardOrder = nullptr;
+    std::atomic<int> processed{0};
+    std::atomic<int> discarded{0};
+};
+
+class Worker : public kyWorkThread
+{
+public:
+    ~Worker() override { stop(); }
+
+    using kyWorkThread::mustStop;
+    using kyWorkThread::setIdle;
+
+    void add(std::initializer_list<kyJob*> jobs)
+    {
+        beginWake();
+        for (kyJob* const job : jobs)
+            addJob(job);
+        endWake();
+    }
+
+    void clear()
+    {
+        lock();
+        clearJobs();
+        unlock();
+    }
+
+    std::vector<kyJob*> order; ///< of processing; written by the worker
+    std::atomic<int> processed{0};
+
+protected:
+    void processJob(kyJob* job) override
+    {
+        order.push_back(job);
+        auto& own = static_cast<Job&>(*job);
+        ++own.processed;
+        own.work();
+        ++processed;
+    }
+};
+
+TEST(WorkThread, ProcessesBatchesInOrderAndEachJobOnce)
+{
+    Worker worker;
+    std::vector<std::unique_ptr<Job>> jobs;
+    for (int i = 0; i < 100; ++i)
+        jobs.push_back(std::make_unique<Job>());
+    // The first batch waits for the thread, the others find it asleep or at work.
+    for (std::size_t i = 0; i < jobs.size(); i += 4)
+    {
+        worker.add({jobs[i].get(), jobs[i + 1].get(), jobs[i + 2].get(), jobs[i + 3].get()});
+        if (i == 0)
+            worker.startThread("worker");
+        if (i % 8 == 0)
+        {
+            EXPECT_TRUE(eventually([&] { return worker.processed == static_cast<int>(i) + 4; }));
+        }
+    }
+    EXPECT_TRUE(eventually([&] { return worker.processed == 100; }));
+    worker.stop();
+    ASSERT_EQ(worker.order.size(), jobs.size());
+    for (std::size_t i = 0; i < jobs.size(); ++i)
+        EXPECT_EQ(worker.order[i], jobs[i].get()) << i;
+}
+
+TEST(WorkThread, ABatchIsNotBegunBeforeItsEnd)
+{
+    Worker worker;
+    Job first;
+    Job second;
+    worker.startThread(nullptr);
+    worker.beginWake();
+    worker.addJob(&first);
+    std::this_thread::sleep_for(grace);
+    EXPECT_EQ(worker.processed, 0);
+    worker.addJob(&second);
+    worker.endWake();
+    EXPECT_TRUE(eventually([&] { return worker.processed == 2; }));
+}
+
+TEST(WorkThread, TheEndOfABatchWaitsForTheJobInProgress)
+{
+    Worker worker;
+    kySemaphore entered(0);
+    std::atomic<bool> isEnding{false};
+    std::atomic<bool> hasEnded{false};
+    std::atomic<bool> endedTooEarly{true};
+    Job slow(
+        [&]
+        {
+            entered.release(1);
+            EXPECT_TRUE(eventually([&] { return isEnding.load(); }));
+            std::this_thread::sleep_for(grace);
+            endedTooEarly = hasEnded.load();
+        });
+    Job next;
+    worker.add({&slow});
+    worker.startThread(nullptr);
+    entered.acquire(1);
+    worker.beginWake();
+    worker.addJob(&next);
+    isEnding = true;
+    worker.endWake();
+    hasEnded = true;
+    EXPECT_FALSE(endedTooEarly);
+    EXPECT_TRUE(eventually([&] { return worker.processed == 2; }));
+}
+
+TEST(WorkThread, JobsCanBeQueuedWhileOneRuns)
+{
+    Worker worker;
+    kySemaphore entered(0);
+    kySemaphore gate(0);
+    Job slow(
+        [&]
+        {
+            entered.release(1);
+            gate.acquire(1);
+        });
+    Job next;
+    worker.add({&slow});
+    worker.startThread(nullptr);
+    entered.acquire(1);
+    worker.lock();
+    worker.addJob(&next);
+    worker.unlock();
+    gate.release(1);
+    EXPECT_TRUE(eventually([&] { return worker.processed == 2; }));
+}
+
+TEST(WorkThread, AnIdleWorkerSleepsWithJobsQueuedUntilItIsWoken)
+{
+    Worker worker;
+    Job idling([&] { worker.setIdle(true); });
+    Job second;
+    Job third;
+    worker.add({&idling, &second});
+    worker.startThread(nullptr);
+    EXPECT_TRUE(eventually([&] { return worker.processed == 1; }));
+    std::this_thread::sleep_for(grace);
+    EXPECT_EQ(worker.processed, 1);
+    worker.add({&third});
+    EXPECT_TRUE(eventually([&] { return worker.processed == 3; }));
+}
+
+TEST(WorkThread, DiscardsQueuedJobsOnceInOrderAndKeepsThem)
+{
+    Worker worker;
+    std::vector<Job*> order;
+    Job jobs[3];
+    for (Job& job : jobs)
+        job.discardOrder = &order;
+    worker.add({&jobs[1], &jobs[0], &jobs[2]});
+    worker.clear();
+    EXPECT_EQ(order, (std::vector<Job*>{&jobs[1], &jobs[0], &jobs[2]}));
+    worker.clear();
+    EXPECT_EQ(order.size(), 3u);
+
+    struct Mortal : kyJob
+    {
+        void onDelete() override { delete this; }
+    };
+    worker.add({new Mortal, new Mortal});
+    worker.clear();
+    worker.startThread(nullptr);
+    worker.stop();
+    EXPECT_EQ(worker.processed, 0);
+}
+
+TEST(WorkThread, StopsAfterTheJobInProgressAndForgetsTheRest)
+{
+    Worker worker;
+    kySemaphore entered(0);
+    Job running(
+        [&]
+        {
+            entered.release(1);
+            EXPECT_TRUE(eventually([&] { return worker.mustStop(); }));
+        });
+    Job waiting;
+    worker.add({&running, &waiting});
+    EXPECT_FALSE(worker.mustStop());
+    worker.startThread(nullptr);
+    entered.acquire(1);
+    worker.stop();
+    EXPECT_TRUE(worker.isFinished());
+    EXPECT_EQ(worker.processed, 1);
+    EXPECT_EQ(waiting.processed + waiting.discarded, 0);
+
+    worker.startThread(nullptr);
+    EXPECT_TRUE(worker.waitThread(forEver));
+    EXPECT_EQ(waiting.processed + waiting.discarded, 0);
+    worker.clear();
+    EXPECT_EQ(waiting.discarded, 1);
+}
+
+TEST(WorkThread, AJobCannotStopItsWorker)
+{
+    Worker worker;
+    std::error_code code;
+    Job job([&] { code = errorOf([&] { worker.stop(); }); });
+    worker.add({&job});
+    worker.startThread(nullptr);
+    EXPECT_TRUE(worker.waitThread(forEver));
+    EXPECT_EQ(code, std::errc::resource_deadlock_would_occur);
+}
+
+TEST(WorkThread, AJobThatThrowsEndsTheWorkerAndLeavesNothingLocked)
+{
+    kyLog::edit().setLogTypeEnabled(ky::kyLogType::CRITICAL, false);
+    Worker worker;
+    Job failing([] { throw std::runtime_error("boom"); });
+    Job next;
+    worker.add({&failing, &next});
+    worker.startThread(nullptr);
+    EXPECT_TRUE(worker.waitThread(forEver));
+    worker.add({});
+    worker.clear();
+    EXPECT_EQ(next.discarded, 1);
+    worker.stop();
+    EXPECT_EQ(worker.order.size(), 1u);
+    kyLog::edit().setLogTypeEnabled(ky::kyLogType::CRITICAL, true);
+}
+
+TEST(WorkThread, IsStoppedRightAfterItsStart)
+{
+    Job job;
+    int processed = 0;
+    for (int round = 0; round < (isSoak() ? 10'000 : 300); ++round)
+    {
+        Worker worker;
+        worker.startThread(nullptr);
+        if (round % 3 == 0)
+            worker.add({&job});
+        worker.stop();
+        processed += worker.processed;
+        EXPECT_LE(worker.processed, round % 3 == 0 ? 1 : 0);
+    }
+    EXPECT_EQ(job.processed, processed);
+}
+
+/// Producers queue batches of different sizes. The worker is stopped when it has processed `stopAfter` jobs; what is
+/// queued then, or later, is discarded.
+void accountForEveryJob(int producers, int jobsEach, int stopAfter)
+{
+    Worker worker;
+    worker.order.reserve(static_cast<std::size_t>(producers * jobsEach));
+    std::vector<Job> jobs(static_cast<std::size_t>(producers * jobsEach));
+    worker.startThread("worker");
+    std::vector<std::unique_ptr<Body>> threads;
+    for (int producer = 0; producer < producers; ++producer)
+    {
+        threads.push_back(std::make_unique<Body>(
+            [&worker, &jobs, producer, jobsEach]
+            {
+                int next = producer * jobsEach;
+                const int end = next + jobsEach;
+                for (int size = 1 + producer % 7; next < end; size = size % 7 + 1)
+                {
+                    worker.beginWake();
+                    for (int i = 0; i < size && next < end; ++i)
+                        worker.addJob(&jobs[static_cast<std::size_t>(next++)]);
+                    worker.endWake();
+                }
+            }));
+        threads.back()->startThread("producer");
+    }
+    EXPECT_TRUE(eventually([&] { return worker.processed >= stopAfter; }, std::chrono::minutes(4)));
+    worker.stop();
+    const int processed = worker.processed;
+    threads.clear();
+    EXPECT_EQ(worker.processed, processed) << "a job after the stop";
+    worker.clear();
+    int wrong = 0;
+    int discarded = 0;
+    for (const Job& job : jobs)
+    {
+        wrong += job.processed + job.discarded != 1;
+        discarded += job.discarded;
+    }
+    EXPECT_EQ(wrong, 0);
+    EXPECT_EQ(processed + discarded, producers * jobsEach);
+    EXPECT_GE(processed, stopAfter);
+}
+
+TEST(WorkThread, EveryJobIsProcessedOrDiscardedOnce)
+{
+    const int each = isSoak() ? 31'250 : 300;
+    for (const int stopAfter : {0, 32 * each / 2, 32 * each})
+        accountForEveryJob(32, each, stopAfter);
+}
+
+} // namespace

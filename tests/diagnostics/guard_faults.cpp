@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+#include "diagnostics/guard_faults.h"
+
+#include "platform/compiler.h"
+
+#include <cstdlib>
+#include <cstring>
+
+namespace ky::test
+{
+
+void breakpoint();
+void illegalInstruction();
+
+namespace
+{
+
+// Where the compiler must not see what is coming.
+int* volatile nowhere = nullptr;
+void (*volatile noFunction)() = nullptr;
+volatile int zero = 0;
+volatile std::size_t sink = 0;
+void* volatile notFromHeap = reinterpret_cast<void*>(0x7ff0);
+
+KY_NOINLINE int descend(int depth)
+{
+    volatile char frame[4000];
+    frame[0] = static_cast<char>(depth);
+    return depth == zero - 1 ? 0 : descend(depth + 1) + frame[0];
+}
+
+} // namespace
+
+void commit(FaultKind kind)
+{
+    switch (kind)
+    {
+    case FaultKind::NullWrite: *nowhere = 1; break;
+    case FaultKind::NullCall: noFunction(); break;
+    case FaultKind::DivisionByZero: sink = static_cast<std::size_t>(7 / zero); break;
+    case FaultKind::IllegalInstruction: illegalInstruction(); break;
+    case FaultKind::StackOverflow: sink = static_cast<std::size_t>(descend(0)); break;
+    case FaultKind::Breakpoint: breakpoint(); break;
+    case FaultKind::TextOfNull: sink = std::strlen(reinterpret_cast<char*>(nowhere)); break;
+    case FaultKind::FreeOfNothing: std::free(notFromHeap); break;
+    }
+}
+
+} // namespace ky::test

@@ -1,0 +1,210 @@
+// SPDX-License-Identifier: MIT
+// Guarded calls survive what is thrown at them, and every failure is one whole message.
+#include "diagnostics/guard_faults.h"
+
+#include <ky/kyException.h>
+#include <ky/kyLog.h>
+#include <ky/kySystem.h>
+#include <ky/kySystemError.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <mutex>
+#include <regex>
+#include <stdexcept>
+#include <thread>
+
+namespace
+{
+
+using ky::exception::ExecGuardedCode;
+using ky::test::FaultKind;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+/// The library, fully initialized, with every message kept.
+class Guard : public testing::Test
+{
+protected:
+    Guard()
+    {
+        ky::initializeKySystem(ky::InitType::Full, false);
+        ky::kyLog::edit().setEchoToConsole(false);
+        ky::kyLog::edit().installCustomHandler(&keep, this);
+    }
+    ~Guard() override { ky::terminateKySystem(); }
+
+    std::vector<std::string> messages;
+    /// Called by the handler, under the logger's lock.
+    void (*inHandler)() = nullptr;
+
+private:
+    static void keep(const std::string& message, ky::kyLogType type, const std::string&, void* self)
+    {
+        auto& guard = *static_cast<Guard*>(self);
+        if (type == ky::kyLogType::CRITICAL)
+            guard.messages.push_back(message);
+        if (guard.inHandler != nullptr && message == "fault now")
+            guard.inHandler();
+    }
+};
+
+void expectFault(const std::string& message, const ky::test::FaultSample& sample)
+{
+    const std::regex head("Catch SEH Exception " + sample.name + " 0x" + sample.number +
+                          ", PID [0-9]+ TID [0-9]+(\n\t#[0-9]+ @0x[0-9a-f]+[^\n]*)+");
+    EXPECT_TRUE(std::regex_match(message, head)) << message;
+}
+
+TEST_F(Guard, HardwareFaultsEndTheCallAndAreReportedOnceEach)
+{
+    for (int round = 0; round < 3; ++round)
+    {
+        for (const ky::test::FaultSample& sample : ky::test::faultSamples())
+        {
+            SCOPED_TRACE(sample.name);
+            messages.clear();
+            bool cameBack = false;
+            ExecGuardedCode(
+                [&]
+                {
+                    ky::test::commit(sample.kind);
+                    cameBack = true;
+                });
+            EXPECT_FALSE(cameBack);
+            ASSERT_EQ(messages.size(), 1U);
+            expectFault(messages[0], sample);
+        }
+    }
+}
+
+TEST_F(Guard, ThrownObjectsAreReportedByTheirText)
+{
+    ExecGuardedCode([] { throw std::runtime_error("boom"); });
+    ExecGuardedCode([] { throw 7; });
+    if (ky::test::throwsAreStructured())
+    {
+        EXPECT_THAT(messages,
+                    ElementsAre(StartsWith("Catch SEH Exception Msvc C++ Exception 0x"), "Catch std exception : boom",
+                                StartsWith("Catch SEH Exception Msvc C++ Exception 0x"),
+                                "Catch std exception : Unknown"));
+    }
+    else
+    {
+        EXPECT_THAT(messages, ElementsAre("Catch std exception : boom", "Catch std exception : Unknown"));
+    }
+}
+
+TEST_F(Guard, AFaultEndsTheInnermostCallOnly)
+{
+    std::string steps;
+    ExecGuardedCode(
+        [&]
+        {
+            ExecGuardedCode([] { ky::test::commit(FaultKind::NullWrite); });
+            steps += "inner ended;";
+            ExecGuardedCode([] {});
+            ky::test::commit(FaultKind::DivisionByZero);
+            steps += "never";
+        });
+    EXPECT_EQ(steps, "inner ended;");
+    EXPECT_THAT(messages, ElementsAre(HasSubstr("ACCESS_VIOLATION"), HasSubstr("INT_DIVIDE_BY_ZERO")));
+}
+
+TEST_F(Guard, AFaultUnderTheLoggersLockGivesTheLockBack)
+{
+    inHandler = [] { ky::test::commit(FaultKind::NullWrite); };
+    ExecGuardedCode([] { ky::logCritical() << "fault now"; });
+    inHandler = nullptr;
+    std::thread([] { ky::logCritical() << "from another thread"; }).join();
+    EXPECT_THAT(messages, ElementsAre("fault now", HasSubstr("ACCESS_VIOLATION"), "from another thread"));
+}
+
+TEST_F(Guard, EightThreadsFaultAtOnceWithWholeMessages)
+{
+    constexpr int threads = 8;
+    constexpr int rounds = 20;
+    const auto samples = ky::test::faultSamples();
+    std::atomic<int> waiting{0};
+    std::vector<std::thread> running;
+    for (int t = 0; t < threads; ++t)
+    {
+        running.emplace_back(
+            [&]
+            {
+                ++waiting;
+                while (waiting != threads)
+                    std::this_thread::yield();
+                for (int n = 0; n < rounds; ++n)
+                    ExecGuardedCode([&, n]
+                                    { ky::test::commit(samples[static_cast<std::size_t>(n) % samples.size()].kind); });
+            });
+    }
+    for (std::thread& thread : running)
+        thread.join();
+    ASSERT_EQ(messages.size(), static_cast<std::size_t>(threads * rounds));
+    std::vector<int> seen(samples.size());
+    for (const std::string& message : messages)
+    {
+        for (std::size_t s = 0; s < samples.size(); ++s)
+            seen[s] += message.find(samples[s].name + " 0x") != std::string::npos ? 1 : 0;
+    }
+    for (std::size_t s = 0; s < samples.size(); ++s)
+        EXPECT_GE(seen[s], threads * (rounds / static_cast<int>(samples.size()))) << samples[s].name;
+    ky::test::FaultSample any{{}, "[A-Z_]+", "[0-9a-f]+"};
+    for (const std::string& message : messages)
+        expectFault(message, any);
+}
+
+TEST_F(Guard, ForcedEndOfAThreadPasses)
+{
+    if (!ky::test::canEndThread())
+        GTEST_SKIP() << "no forced unwinding here";
+    std::thread([] { ExecGuardedCode([] { ky::test::endThread(); }); }).join();
+    EXPECT_TRUE(messages.empty());
+}
+
+TEST(GuardAlone, WorksWithoutTheLibrary)
+{
+    EXPECT_EQ(ky::test::faultDisposition(), ky::test::Disposition::Default);
+    bool returned = false;
+    ExecGuardedCode(+[] { ky::test::commit(FaultKind::NullWrite); });
+    ExecGuardedCode(
+        +[](void* flag) { *static_cast<bool*>(flag) = true; }, &returned);
+    EXPECT_TRUE(returned);
+    EXPECT_EQ(ky::test::faultDisposition(), ky::test::Disposition::Default);
+}
+
+TEST(Watchers, AreThereWhileTheLibraryIsFullyInitialized)
+{
+    using ky::exception::IsSigWatcherRegistered;
+    ky::initializeKySystem(ky::InitType::Light, false);
+    EXPECT_FALSE(IsSigWatcherRegistered());
+    for (int n = 0; n < 2; ++n)
+    {
+        ky::initializeKySystem(ky::InitType::Full, false);
+        EXPECT_TRUE(IsSigWatcherRegistered());
+        EXPECT_EQ(ky::test::faultDisposition(), ky::test::Disposition::Other);
+    }
+    ky::terminateKySystem();
+    ky::terminateKySystem();
+    EXPECT_TRUE(IsSigWatcherRegistered());
+    ky::terminateKySystem();
+    EXPECT_FALSE(IsSigWatcherRegistered());
+    EXPECT_EQ(ky::test::faultDisposition(), ky::test::Disposition::Default);
+}
+
+TEST(SystemErrorText, IsTheSystemsOwn)
+{
+    EXPECT_THAT(ky::SystemError(2).toString(), testing::AnyOf(StartsWith("No such file"), StartsWith("File not found"),
+                                                              HasSubstr("cannot find the file")));
+    for (const int unassigned : {999999, -5})
+        EXPECT_EQ(ky::SystemError(unassigned).toString(), "Unknown Error");
+    ky::test::failWith(2);
+    EXPECT_EQ(ky::SystemError().code(), 2);
+}
+
+} // namespace
