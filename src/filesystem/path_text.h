@@ -11,7 +11,13 @@ namespace ky::impl
 constexpr bool isSeparator(char byte) { return byte == '/' || byte == '\\'; }
 
 /// npos when there is none.
-constexpr std::size_t findLastSeparator(std::string_view path) { return path.find_last_of("/\\"); }
+constexpr std::size_t findLastSeparator(std::string_view path)
+{
+    std::size_t at = path.size();
+    while (at > 0 && !isSeparator(path[at - 1]))
+        --at;
+    return at == 0 ? std::string_view::npos : at - 1;
+}
 
 /// Every '\' turned into '/'.
 std::string withSlashes(std::string path);
