@@ -27,6 +27,11 @@ configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/kySystemConfig.cmake.
 write_basic_package_version_file("${CMAKE_BINARY_DIR}/kySystemConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
 install(FILES "${CMAKE_BINARY_DIR}/kySystemConfig.cmake" "${CMAKE_BINARY_DIR}/kySystemConfigVersion.cmake"
   DESTINATION "${KY_CMAKE_DIR}")
+# What the package offers besides the target.
+foreach(file IN ITEMS KyAddResources.cmake KyEmbedFile.cmake KyResources.cpp.in)
+  configure_file("${PROJECT_SOURCE_DIR}/cmake/${file}" "${CMAKE_BINARY_DIR}/${file}" COPYONLY)
+  install(FILES "${PROJECT_SOURCE_DIR}/cmake/${file}" DESTINATION "${KY_CMAKE_DIR}")
+endforeach()
 
 if(BUILD_SHARED_LIBS)
   set(KY_PC_CFLAGS "")

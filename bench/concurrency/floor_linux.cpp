@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <fcntl.h>
+#include <pthread.h>
 #include <sys/file.h>
 #include <unistd.h>
 
@@ -43,6 +44,18 @@ void floorFcntl(benchmark::State& state)
     }
 }
 
+void floorPthread(benchmark::State& state)
+{
+    for (auto _ : state)
+    {
+        pthread_t thread{};
+        pthread_create(
+            &thread, nullptr, [](void* argument) { return argument; }, nullptr);
+        pthread_join(thread, nullptr);
+    }
+}
+
+BENCHMARK(floorPthread)->Name("thread/start_join/floor_pthread")->UseRealTime();
 BENCHMARK(floorFlock)->Name("mutex_named/uncontended/floor_flock");
 BENCHMARK(floorFcntl)->Name("mutex_named/uncontended/floor_fcntl");
 

@@ -4,20 +4,29 @@
 /// \file
 /// The whole public interface.
 
+#include <ky/kyConcurrent.h>
+#include <ky/kyConcurrentPool.h>
+#include <ky/kyCpuInfo.h>
 #include <ky/kyCsvFileReader.h>
 #include <ky/kyDirUtils.h>
 #include <ky/kyException.h>
+#include <ky/kyHighResTimer.h>
 #include <ky/kyIniFile.h>
 #include <ky/kyLockFile.h>
 #include <ky/kyLog.h>
 #include <ky/kyMutex.h>
+#include <ky/kyProgressNotifier.h>
+#include <ky/kyResource.h>
 #include <ky/kySemaphore.h>
+#include <ky/kyStamp.h>
 #include <ky/kyStringUtils.h>
 #include <ky/kySystem.h>
 #include <ky/kySystemError.h>
 #include <ky/kySystemUtils.h>
 #include <ky/kyThread.h>
 #include <ky/kyThreadPeriodicalUpdater.h>
+#include <ky/kyTimer.h>
 #include <ky/kyVariant.h>
+#include <ky/kyVersion.h>
 #include <ky/kyWaitCondition.h>
 #include <ky/kyWorkThread.h>

@@ -112,6 +112,11 @@ public:
     /// The largest number of cells in any row since `startParsing`, rows already dropped included.
     std::uint32_t getMaxColumnCount() const { return mMaxColumnCount; }
 
+    /// Size of the file as `startParsing` found it, and the bytes of it behind the rows read so far; 0 before. To show
+    /// the progress of reading in portions.
+    std::uint64_t getFileSize() const { return mFileSize; }
+    std::uint64_t getParsedSize() const { return mBytesRead - (mBufferEnd - mBufferPos); }
+
     /// Why the last operation failed; empty after `startParsing`.
     const std::string& getLastError() const { return mLastError; }
 

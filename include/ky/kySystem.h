@@ -100,3 +100,44 @@ KY_API void UnRegisterThirdPartyLibVersionInfo(const char* libName);
 } // namespace impl
 
 } // namespace ky
+
+namespace kySystem
+{
+
+/// The version of the library itself, as it was built. Compare it with the package's version to see which library a
+/// program really runs with. The texts are static: never free them.
+class KY_API Version
+{
+public:
+    [[nodiscard]] static std::uint32_t GetMajor();
+    [[nodiscard]] static std::uint32_t GetMinor();
+    [[nodiscard]] static std::uint32_t GetRelease();
+    [[nodiscard]] static std::uint32_t GetRevision();
+    [[nodiscard]] static std::uint16_t GetYear();
+    [[nodiscard]] static std::uint8_t GetMonth(); ///< 1 to 12
+    [[nodiscard]] static bool IsDev();
+    [[nodiscard]] static bool IsDebug();
+    [[nodiscard]] static bool IsBeta();
+
+    /// For example "3.0". The argument chooses between two texts that are the same in this version.
+    [[nodiscard]] static const char* GetDescStringMajorMinor(bool alternative = false);
+
+    /// For example "3.0.0". \copydetails GetDescStringMajorMinor
+    [[nodiscard]] static const char* GetDescStringMajorMinorRelease(bool alternative = false);
+
+    /// For example "3.0.0.10699". \copydetails GetDescStringMajorMinor
+    [[nodiscard]] static const char* GetDescStringMajorMinorReleaseRevision(bool alternative = false);
+
+    /// For example "3.0.0.10699 2021-5", the month without a leading zero.
+    [[nodiscard]] static const char* GetDescStringMajorMinorReleaseRevisionDate();
+};
+
+} // namespace kySystem
+
+namespace ky
+{
+
+/// The version is reachable as `ky::kySystem::Version` too.
+namespace kySystem = ::kySystem;
+
+} // namespace ky

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <ky/kyThread.h>
 
-#include "concurrency/guarded_call.h"
 #include "concurrency/sync_native.h"
 #include "concurrency/thread_native.h"
 #include "concurrency/wait_limits.h"
@@ -9,6 +8,8 @@
 #include "platform/clock_native.h"
 #include "platform/process_id_native.h"
 #include "platform/type_name.h"
+
+#include <ky/kyException.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -117,7 +118,7 @@ void kyThread::Run(kyThread* thread)
     thread->mName.append(1, ' ').append(std::to_string(id));
     native::nameCurrentThread(thread->mName);
     thread->mHolder->publish(id);
-    guardedCall(&RunImpl, thread);
+    exception::ExecGuardedCode(&RunImpl, thread);
 }
 
 void kyThread::RunImpl(void* thread) { static_cast<kyThread*>(thread)->run(); }

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include <ky/kyThreadPeriodicalUpdater.h>
 
-#include "concurrency/guarded_call.h"
 #include "concurrency/limited_list.h"
 #include "concurrency/wait_limits.h"
+
+#include <ky/kyException.h>
 
 #include <algorithm>
 
@@ -69,7 +70,7 @@ void kyThreadPeriodicalUpdater::run()
 {
     // Outside the guarded part: a callback that crashes does not leave the mutex locked.
     const kyMutexLocker locker(mMutex);
-    impl::guardedCall(&RunRounds, this);
+    exception::ExecGuardedCode(&RunRounds, this);
 }
 
 void kyThreadPeriodicalUpdater::RunRounds(void* updater)

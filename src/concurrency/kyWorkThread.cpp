@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include <ky/kyWorkThread.h>
 
-#include "concurrency/guarded_call.h"
 #include "concurrency/limited_list.h"
 #include "concurrency/wait_limits.h"
+
+#include <ky/kyException.h>
 
 namespace ky
 {
@@ -36,7 +37,7 @@ void kyWorkThread::run()
     if (mustStop())
         return;
     Turns turns(*this);
-    impl::guardedCall(&RunTurns, &turns);
+    exception::ExecGuardedCode(&RunTurns, &turns);
 }
 
 void kyWorkThread::RunTurns(void* turns)

@@ -108,6 +108,11 @@ void leave(RecursiveLock& lock) noexcept
         futexWake(lock.state, 1);
 }
 
+bool isInside(const RecursiveLock& lock) noexcept
+{
+    return lock.owner.load(std::memory_order_relaxed) == pthread_self();
+}
+
 /// A sleeper waits for a change of `sequence`. Wakers that change the predicate under the lock see every sleeper
 /// counted that read the predicate before, because sleepers count themselves under the lock.
 struct ConditionVariable

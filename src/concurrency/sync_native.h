@@ -19,6 +19,8 @@ void destroy(RecursiveLock* lock) noexcept;
 void enter(RecursiveLock& lock) noexcept;
 bool tryEnter(RecursiveLock& lock) noexcept;
 void leave(RecursiveLock& lock) noexcept;
+/// Whether the calling thread is inside.
+bool isInside(const RecursiveLock& lock) noexcept;
 
 /// Condition variable that goes with a recursive lock which the caller has entered exactly once.
 struct ConditionVariable;

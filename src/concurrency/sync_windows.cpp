@@ -39,6 +39,12 @@ void enter(RecursiveLock& lock) noexcept { EnterCriticalSection(&lock.section); 
 bool tryEnter(RecursiveLock& lock) noexcept { return TryEnterCriticalSection(&lock.section) != FALSE; }
 void leave(RecursiveLock& lock) noexcept { LeaveCriticalSection(&lock.section); }
 
+bool isInside(const RecursiveLock& lock) noexcept
+{
+    // The system keeps the owner's id, not a handle, in this member.
+    return lock.section.OwningThread == ULongToHandle(GetCurrentThreadId());
+}
+
 struct ConditionVariable
 {
     CONDITION_VARIABLE condition;

@@ -263,19 +263,4 @@ void writeLastMessage(std::string_view message, int signal) noexcept
     sLastWriter = 0;
 }
 
-void writeBounded(std::string_view message, int signal) noexcept
-{
-    native::beginLifeLimit(signal);
-    const bool isAlone = [&]
-    {
-        const BoundedSection section(lastPatience);
-        if (section.isAlone())
-            reportText(message);
-        return section.isAlone();
-    }();
-    native::endLifeLimit();
-    if (!isAlone)
-        writeLastMessage(message, signal);
-}
-
 } // namespace ky::impl

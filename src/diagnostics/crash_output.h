@@ -33,7 +33,4 @@ void writeInEmergency(std::string_view message, bool callHandler) noexcept;
 /// several threads the first one writes; the others are held until the process is gone.
 void writeLastMessage(std::string_view message, int signal) noexcept;
 
-/// As usual when the logger's lock can be had in time, as a last message otherwise.
-void writeBounded(std::string_view message, int signal) noexcept;
-
 } // namespace ky::impl

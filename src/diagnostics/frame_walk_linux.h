@@ -8,17 +8,18 @@
 namespace ky::impl::native
 {
 
-/// What the walk found out about the frames of the guarded call.
+/// What a walk finds out about the frames of a guarded call.
 struct WalkedCall
 {
-    const StackFrames* frames;
-    std::size_t count;    ///< how many of them belong to the call
-    bool isWhole;         ///< the walk reached the call's beginning, or filled all the room there is
-    bool startsFrameless; ///< the innermost function has put nothing on the stack yet
+    StackFrames& frames;
+    std::uintptr_t end;           ///< where the call began
+    std::size_t count = 0;        ///< how many of the frames belong to the call
+    bool isWhole = false;         ///< the walk reached the call's beginning, or filled all the room there is
+    bool startsFrameless = false; ///< the innermost function has put nothing on the stack
 };
 
-/// Walks the stack from the interrupted instruction. `end`: where the guarded call began. Safe in a signal handler;
-/// faults when the stack is damaged: `frames` then holds what was found before.
-WalkedCall walkFrames(const ucontext_t& context, std::uintptr_t end, StackFrames& frames) noexcept;
+/// Walks the stack from the interrupted instruction. Safe in a signal handler; faults when the stack is damaged, and
+/// `walked` then holds what was found before.
+void walkFrames(const ucontext_t& context, WalkedCall& walked) noexcept;
 
 } // namespace ky::impl::native

@@ -39,8 +39,7 @@ bool runGuarded(void (*fn)(void*), void* arg, FaultReport report);
 enum class SignalOrigin
 {
     Raised, ///< the thread raised it itself, in code that may call anything
-    Fault,  ///< anything may have been interrupted, and the process ends after the report
-    Unknown ///< one of both
+    Fault   ///< anything may have been interrupted, and the process ends after the report
 };
 
 using SignalReport = void (*)(int number, SignalOrigin origin) noexcept;

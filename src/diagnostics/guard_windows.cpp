@@ -21,17 +21,16 @@ struct Call
     FaultReport report;
     bool stackIsFull;
     Fault fault;
-    /// Too large for what is left of a full stack.
-    CONTEXT walked;
+    CONTEXT registers;
 };
 
-/// With little stack and no library.
-void noteFrames(Call& call, const CONTEXT& start) noexcept
+/// The filter has next to no stack left when it is full, so it only keeps the registers. The innermost frames lie far
+/// below the guarded call and are still whole after the jump back to it.
+void noteFrames(void* argument)
 {
+    Call& call = *static_cast<Call*>(argument);
     StackFrames& frames = call.fault.frames;
-    frames.count = 0;
-    call.walked = start;
-    CONTEXT& at = call.walked;
+    CONTEXT& at = call.registers;
     while (frames.count < StackFrames::capacity && at.Rip != 0)
     {
         frames.at[frames.count++] = at.Rip;
@@ -49,6 +48,8 @@ void noteFrames(Call& call, const CONTEXT& start) noexcept
     }
 }
 
+LONG giveUp(EXCEPTION_POINTERS*, void*) { return EXCEPTION_EXECUTE_HANDLER; }
+
 LONG filter(EXCEPTION_POINTERS* exception, void* context)
 {
     Call& call = *static_cast<Call*>(context);
@@ -57,7 +58,7 @@ LONG filter(EXCEPTION_POINTERS* exception, void* context)
     if (code == static_cast<DWORD>(EXCEPTION_STACK_OVERFLOW))
     {
         call.stackIsFull = true;
-        noteFrames(call, *exception->ContextRecord);
+        call.registers = *exception->ContextRecord;
         return EXCEPTION_EXECUTE_HANDLER;
     }
     call.fault.context = exception->ContextRecord;
@@ -83,17 +84,40 @@ Watch& watchOf(int number)
     return sWatches[0];
 }
 
+/// Whether this is called from the system's exception dispatch, and not by raise().
+SignalOrigin originOfSignal() noexcept
+{
+    const HMODULE ntdll = GetModuleHandleW(L"ntdll.dll");
+    const FARPROC dispatcher = ntdll == nullptr ? nullptr : GetProcAddress(ntdll, "KiUserExceptionDispatcher");
+    DWORD64 base = 0;
+    const auto functionAt = [&base](const void* address)
+    { return RtlLookupFunctionEntry(reinterpret_cast<DWORD64>(address), &base, nullptr); };
+    const RUNTIME_FUNCTION* const dispatch = functionAt(reinterpret_cast<const void*>(dispatcher));
+    void* frames[62];
+    const WORD count = RtlCaptureStackBackTrace(0, 62, frames, nullptr);
+    for (WORD n = 0; n < count; ++n)
+    {
+        if (dispatch == nullptr || functionAt(frames[n]) == dispatch)
+            return SignalOrigin::Fault;
+    }
+    return SignalOrigin::Raised;
+}
+
 // The C runtime has put the default disposition back by now: a fault that comes again ends the process.
 extern "C" void onSignal(int number)
 {
     if (const SignalReport report = watchOf(number).report)
-        report(number, SignalOrigin::Unknown);
+        report(number, originOfSignal());
 }
+
+/// So much of the stack is left for the filter when the rest is used up.
+constexpr ULONG keptForFilter = 32 * 1024;
 
 } // namespace
 
 bool runGuarded(void (*fn)(void*), void* arg, FaultReport report)
 {
+    prepareThread();
     Call call;
     call.report = report;
     call.stackIsFull = false;
@@ -101,6 +125,7 @@ bool runGuarded(void (*fn)(void*), void* arg, FaultReport report)
         return true;
     if (!call.stackIsFull)
         return false;
+    callFiltered(&noteFrames, &call, &giveUp, nullptr);
     // The page that caught it guards again.
     _resetstkoflw();
     report(call.fault);
@@ -119,7 +144,14 @@ void unwatchSignal(int number)
     watchOf(number).report = nullptr;
 }
 
-// A full stack raises an exception of its own here.
-void prepareThread() noexcept {}
+void prepareThread() noexcept
+{
+    ULONG kept = 0;
+    SetThreadStackGuarantee(&kept);
+    if (kept >= keptForFilter)
+        return;
+    kept = keptForFilter;
+    SetThreadStackGuarantee(&kept);
+}
 
 } // namespace ky::impl::native

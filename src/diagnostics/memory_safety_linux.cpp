@@ -77,7 +77,7 @@ bool isMemorySafe(const WalkedCall& call) noexcept
     // A function without a frame calls nobody: it can have taken no lock. The C library's string functions are such.
     for (std::size_t i = call.startsFrameless ? 1 : 0; i < call.count; ++i)
     {
-        if (mayHoldLocks(call.frames->at[i]))
+        if (mayHoldLocks(call.frames.at[i]))
             return false;
     }
     return true;

@@ -28,12 +28,10 @@ void report(int number, native::SignalOrigin origin) noexcept
 {
     FixedText<32> text;
     text << "Catch signal " << signalName(number);
-    switch (origin)
-    {
-    case native::SignalOrigin::Raised: reportText(text.view()); break;
-    case native::SignalOrigin::Fault: writeLastMessage(text.view(), number); break;
-    case native::SignalOrigin::Unknown: writeBounded(text.view(), number); break;
-    }
+    if (origin == native::SignalOrigin::Raised)
+        reportText(text.view());
+    else
+        writeLastMessage(text.view(), number);
 }
 
 } // namespace

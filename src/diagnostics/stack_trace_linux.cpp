@@ -42,7 +42,7 @@ void describeFrame(const Fault& fault, const StackFrames& frames, std::size_t in
     if (dladdr(reinterpret_cast<void*>(address), &info) == 0)
         return;
     text.module << withoutFolder(info.dli_fname);
-    text.moduleOffset = address - reinterpret_cast<std::uintptr_t>(info.dli_fbase);
+    text.moduleOffset = frames.at[index] - reinterpret_cast<std::uintptr_t>(info.dli_fbase);
     if (info.dli_sname != nullptr)
         putSymbol(info.dli_sname, fault.memoryIsSafe, text);
 }

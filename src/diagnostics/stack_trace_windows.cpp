@@ -78,7 +78,8 @@ void describeModule(std::uintptr_t address, FrameText& text) noexcept
     wchar_t path[MAX_PATH];
     char name[MAX_PATH * 3];
     if (!GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                            reinterpret_cast<LPCWSTR>(address), &module))
+                            reinterpret_cast<LPCWSTR>(address), &module) ||
+        address < reinterpret_cast<std::uintptr_t>(module)) // it takes null for the program
         return;
     const DWORD length = GetModuleFileNameW(module, path, MAX_PATH);
     const int size =
@@ -135,11 +136,18 @@ StackFrames framesOf(const Fault& fault) noexcept
     if (fault.context == nullptr)
         return fault.frames;
     CONTEXT context = *static_cast<const CONTEXT*>(fault.context);
+    StackFrames frames;
+    if (sHelp.moduleBase(GetCurrentProcess(), context.Rip) == 0)
+    {
+        // A call to where no code is: its return address is on top of the stack.
+        frames.at[frames.count++] = context.Rip;
+        context.Rip = *reinterpret_cast<const DWORD64*>(context.Rsp);
+        context.Rsp += sizeof(DWORD64);
+    }
     STACKFRAME64 at = {};
     at.AddrPC = {context.Rip, 0, AddrModeFlat};
     at.AddrFrame = {context.Rbp, 0, AddrModeFlat};
     at.AddrStack = {context.Rsp, 0, AddrModeFlat};
-    StackFrames frames;
     while (frames.count < StackFrames::capacity &&
            sHelp.stackWalk(IMAGE_FILE_MACHINE_AMD64, GetCurrentProcess(), GetCurrentThread(), &at, &context, nullptr,
                            sHelp.functionTable, sHelp.moduleBase, nullptr) &&
@@ -154,7 +162,7 @@ void describeFrame(const Fault&, const StackFrames& frames, std::size_t index, F
 {
     // Behind a call that never returns the next function begins.
     const std::uintptr_t address = frames.at[index] - (index == 0 ? 0 : 1);
-    describeModule(address, text);
+    describeModule(frames.at[index], text);
     if (sInitialized && !sBroken)
         describeSymbol(address, text);
 }

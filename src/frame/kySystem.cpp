@@ -2,14 +2,18 @@
 // The top floor: the one file that knows every subsystem, to start and stop them in order.
 #include <ky/kySystem.h>
 
+#include "concurrency/dispatch_pool.h"
 #include "diagnostics/signal_watchers.h"
 #include "frame/library_state.h"
+#include "frame/resource_registry.h"
 #include "platform/process_id_native.h"
 
 #include <ky/kyLog.h>
 #include <ky/kyStringUtils.h>
 #include <ky/kySystemUtils.h>
 #include <ky/kyWaitCondition.h>
+
+#include <new>
 
 namespace ky
 {
@@ -20,16 +24,18 @@ namespace
 using impl::LibraryState;
 
 // Made at first use and never destroyed: static objects of clients may initialize before this file's statics exist, and
-// terminate after they are gone.
+// terminate after they are gone. Their memory goes with the library when it is unloaded.
 impl::LibInitCounter& lightCounter()
 {
-    static impl::LibInitCounter& counter = *new impl::LibInitCounter("systemlight", true);
+    alignas(impl::LibInitCounter) static unsigned char memory[sizeof(impl::LibInitCounter)];
+    static impl::LibInitCounter& counter = *new (memory) impl::LibInitCounter("systemlight", true);
     return counter;
 }
 
 impl::LibInitCounter& fullCounter()
 {
-    static impl::LibInitCounter& counter = *new impl::LibInitCounter("systemfull", false);
+    alignas(impl::LibInitCounter) static unsigned char memory[sizeof(impl::LibInitCounter)];
+    static impl::LibInitCounter& counter = *new (memory) impl::LibInitCounter("systemfull", false);
     return counter;
 }
 
@@ -39,32 +45,34 @@ void startLight()
     kyLog::createInstance(false);
     kySystemUtils::InitializeSystemUtils();
     kyStringUtils::InitializeStringUtils();
-    // Next in order: the resource registry, empty and without a lock.
+    impl::createResourceRegistry();
 }
 
-void startFull()
+void startFull(bool queryMainDisk)
 {
     impl::setLibraryState(LibraryState::Full);
     impl::setRecordedProcessId(impl::native::currentProcessId());
-    // Next in order: the lock of the resource registry.
+    impl::makeResourceRegistryThreadSafe();
     if (kyLog* const log = kyLog::editPtr())
         log->makeThreadSafe();
     kyWaitCondition::FindBestImplementation();
-    // Next in order: the main disk query, the worker pool.
+    if (queryMainDisk)
+        static_cast<void>(getMainHDDDevice()); // later callers find the answer ready
+    impl::createConcurrentPool(static_cast<unsigned int>(kySystemUtils::GetIdealThreadCount()));
     kyLogObject(kyLogType::DEBUG, "", kyLog::editPtr(), nullptr) << "Register signal and exception watchers";
     impl::registerWatchers();
 }
 
 } // namespace
 
-void initializeKySystem(InitType type, bool /*queryMainDisk*/)
+void initializeKySystem(InitType type, bool queryMainDisk)
 {
     if (type != InitType::Light && type != InitType::Full)
         return;
     if (lightCounter().incrementInitCounter())
         startLight();
     if (type == InitType::Full && fullCounter().incrementInitCounter())
-        startFull();
+        startFull(queryMainDisk);
 }
 
 void terminateKySystem()
@@ -72,9 +80,12 @@ void terminateKySystem()
     if (!lightCounter().decrementInitCounter())
         return;
     fullCounter().clearInitCounter();
-    // First in order, when full: the worker pool.
-    impl::unregisterWatchers();
-    // Then the resource registry with its lock.
+    if (impl::libraryState() == LibraryState::Full)
+    {
+        impl::destroyConcurrentPool();
+        impl::unregisterWatchers();
+    }
+    impl::destroyResourceRegistry();
     kyStringUtils::TerminateStringUtils();
     kySystemUtils::TerminateSystemUtils();
     kyLog::destroyInstance();

@@ -27,6 +27,15 @@ std::int64_t ticksSinceStartMs() noexcept
     return static_cast<std::int64_t>(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
 }
 
+std::int64_t performanceCounter() noexcept
+{
+    timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<std::int64_t>(now.tv_sec) * performanceFrequency() + now.tv_nsec;
+}
+
+std::int64_t performanceFrequency() noexcept { return 1000000000; }
+
 bool breakDownTime(std::int64_t seconds, bool localTime, std::tm& out) noexcept
 {
     const time_t value = static_cast<time_t>(seconds);

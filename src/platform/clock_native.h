@@ -13,6 +13,10 @@ std::int64_t systemTime100ns() noexcept;
 /// Milliseconds since the system started, time asleep included; never goes back.
 std::int64_t ticksSinceStartMs() noexcept;
 
+/// A counter that never goes back, and the number of its ticks in a second.
+std::int64_t performanceCounter() noexcept;
+std::int64_t performanceFrequency() noexcept;
+
 /// Calendar form of seconds since 1970-01-01 UTC; false when the year does not fit.
 bool breakDownTime(std::int64_t seconds, bool localTime, std::tm& out) noexcept;
 

@@ -17,6 +17,20 @@ std::int64_t systemTime100ns() noexcept
 
 std::int64_t ticksSinceStartMs() noexcept { return static_cast<std::int64_t>(GetTickCount64()); }
 
+std::int64_t performanceCounter() noexcept
+{
+    LARGE_INTEGER ticks = {};
+    QueryPerformanceCounter(&ticks);
+    return ticks.QuadPart;
+}
+
+std::int64_t performanceFrequency() noexcept
+{
+    LARGE_INTEGER frequency = {};
+    QueryPerformanceFrequency(&frequency);
+    return frequency.QuadPart;
+}
+
 bool breakDownTime(std::int64_t seconds, bool localTime, std::tm& out) noexcept
 {
     const __time64_t value = seconds;

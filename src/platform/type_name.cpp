@@ -1,31 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "platform/type_name.h"
 
-#include <string_view>
+#include "platform/demangle.h"
 
-#if __has_include(<cxxabi.h>)
-#include <cstdlib>
-#include <cxxabi.h>
-#include <memory>
-#endif
+#include <string_view>
 
 namespace ky::impl
 {
 
 std::string className(const std::type_info& type)
 {
-    const std::string_view name = type.name();
-#if __has_include(<cxxabi.h>)
-    struct Free
-    {
-        void operator()(char* text) const noexcept { std::free(text); }
-    };
-    const std::unique_ptr<char, Free> readable(abi::__cxa_demangle(type.name(), nullptr, nullptr, nullptr));
-    return readable ? std::string(readable.get()) : std::string(name);
-#else
+    if (const auto readable = demangle(type.name()))
+        return readable.get();
     constexpr std::string_view keyword = "class ";
+    const std::string_view name = type.name();
     return std::string(name.substr(0, keyword.size()) == keyword ? name.substr(keyword.size()) : name);
-#endif
 }
 
 } // namespace ky::impl

@@ -3,6 +3,7 @@
 
 #include "platform/clock_native.h"
 #include "platform/process_id_native.h"
+#include "sysinfo/system_record.h"
 #include "sysinfo/uuid_native.h"
 #include "text/time_text.h"
 
@@ -16,13 +17,22 @@ namespace ky
 namespace
 {
 
-/// What initialization gathers once and the readers look up.
-struct SystemRecord
-{
-    kyVariant::kyVariantMapImpl libraryVersions;
-};
+impl::SystemRecord* sRecord = nullptr;
 
-SystemRecord* sRecord = nullptr;
+/// What the readers show outside of an initialized library. Never destroyed: static objects of clients may ask late.
+const impl::SystemRecord& unknownRecord()
+{
+    static const impl::SystemRecord& record = []() -> const impl::SystemRecord&
+    {
+        auto unknown = std::make_unique<impl::SystemRecord>();
+        unknown->cpu.clearCPUInfos();
+        unknown->processorCount = 1;
+        return *unknown.release();
+    }();
+    return record;
+}
+
+const impl::SystemRecord& record() { return sRecord != nullptr ? *sRecord : unknownRecord(); }
 
 /// 100 ns units between 1601-01-01 and 1970-01-01.
 constexpr std::int64_t unixEpoch100ns = 116444736000000000;
@@ -33,8 +43,10 @@ std::int64_t unixTime100ns() { return impl::native::systemTime100ns() - unixEpoc
 
 void kySystemUtils::InitializeSystemUtils()
 {
-    if (sRecord == nullptr)
-        sRecord = std::make_unique<SystemRecord>().release();
+    if (sRecord != nullptr)
+        return;
+    sRecord = std::make_unique<impl::SystemRecord>().release();
+    impl::gatherRecord(*sRecord);
 }
 
 void kySystemUtils::TerminateSystemUtils()
@@ -43,10 +55,34 @@ void kySystemUtils::TerminateSystemUtils()
     sRecord = nullptr;
 }
 
-const kyVariant::kyVariantMapImpl& kySystemUtils::GetThirdPartyLibVersionInfo()
+kyVariant::kyVariantMapImpl kySystemUtils::DirectXDeviceInfo::toVariantMap() const
 {
-    static const kyVariant::kyVariantMapImpl none;
-    return sRecord != nullptr ? sRecord->libraryVersions : none;
+    return {{"description", description},
+            {"dedicatedmemory", dedicatedVideoMemory},
+            {"dedicatedsystemmemory", dedicatedSystemMemory},
+            {"sharedsystemmemory", sharedSystemMemory}};
+}
+
+const std::string& kySystemUtils::GetOSInfo() { return record().osDescription; }
+
+const kySystemUtils::CPUInfo& kySystemUtils::GetCPUInfo() { return record().cpu; }
+
+long long kySystemUtils::GetRamQuantityInBytes() { return record().installedMemory; }
+
+int kySystemUtils::GetIdealThreadCount() { return static_cast<int>(record().processorCount); }
+
+const std::vector<kySystemUtils::DirectXDeviceInfo>& kySystemUtils::GetDirectXDevices() { return record().adapters; }
+
+const kyVariant::kyVariantMapImpl& kySystemUtils::GetThirdPartyLibVersionInfo() { return record().libraryVersions; }
+
+const kyVariant::kyVariantMapImpl& kySystemUtils::GetWmicInfo(bool full)
+{
+    if (sRecord != nullptr && !sRecord->managementQueried)
+    {
+        impl::queryManagement(*sRecord);
+        sRecord->managementQueried = true;
+    }
+    return full ? record().managementFull : record().managementBasic;
 }
 
 long long kySystemUtils::GetMSecElapsedSinceEpoch() { return unixTime100ns() / 10000; }
@@ -70,17 +106,20 @@ unsigned long long kySystemUtils::GetCurrentProcessID() { return impl::native::c
 
 std::string kySystemUtils::CreateUuid(bool withBraces)
 {
-    std::string dashed;
+    char dashed[36];
     if (!impl::native::createUuidText(dashed))
         return {};
-    std::string text;
+    char text[38] = {'{'};
+    char* end = text + (withBraces ? 1 : 0);
     for (const char c : dashed)
     {
-        const bool upper = c >= 'A' && c <= 'F';
-        if (c != '-' || withBraces)
-            text += upper ? static_cast<char>(c - 'A' + 'a') : c;
+        // Lower case for letters; digits and dashes have this bit already.
+        *end = static_cast<char>(c | 0x20);
+        end += c != '-' || withBraces ? 1 : 0;
     }
-    return withBraces ? "{" + text + "}" : text;
+    if (withBraces)
+        *end++ = '}';
+    return std::string(text, end);
 }
 
 namespace impl

@@ -5,6 +5,7 @@
 #include "platform/processor.h"
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <cstring>
 #include <tmmintrin.h>
@@ -216,13 +217,23 @@ std::uint64_t matchMask(const char* first, char firstByte, const char* last, cha
 }
 
 constexpr VectorText ssse3{&scanUtf8, &encodeHex, &decodeHex, &matchMask};
+constexpr VectorText none{};
+
+/// Null until the processor has been asked. Asking twice does no harm; the guard of a local static, held by another
+/// thread at a fork, would block the child.
+constinit std::atomic<const VectorText*> sChosen{nullptr};
 
 } // namespace
 
 const VectorText* vectorText() noexcept
 {
-    static const VectorText* const chosen = processorHasSsse3() ? &ssse3 : nullptr;
-    return chosen;
+    const VectorText* chosen = sChosen.load(std::memory_order_relaxed);
+    if (chosen == nullptr)
+    {
+        chosen = processorHasSsse3() ? &ssse3 : &none;
+        sChosen.store(chosen, std::memory_order_relaxed);
+    }
+    return chosen != &none ? chosen : nullptr;
 }
 
 } // namespace ky::impl

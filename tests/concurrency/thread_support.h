@@ -9,6 +9,7 @@
 #include <string>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 namespace ky::test
 {
@@ -46,6 +47,19 @@ std::error_code errorOf(Call call)
     }
     return {};
 }
+
+/// Ways in which code fails under guard: thrown objects, and a hardware fault where this build survives one.
+std::vector<std::function<void()>> failures();
+
+/// No reports of failures while it lives.
+class Silence
+{
+public:
+    Silence();
+    ~Silence();
+    Silence(const Silence&) = delete;
+    Silence& operator=(const Silence&) = delete;
+};
 
 /// The calling thread's name as system tools show it.
 std::string systemNameOfThisThread();

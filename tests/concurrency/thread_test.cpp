@@ -2,6 +2,7 @@
 #include "concurrency/full_library.h"
 #include "concurrency/thread_support.h"
 #include "diagnostics/fork_while_logging.h"
+#include "diagnostics/guard_faults.h"
 #include "support/child_process.h"
 
 #include <ky/kySemaphore.h>
@@ -11,7 +12,6 @@
 
 #include <atomic>
 #include <memory>
-#include <stdexcept>
 #include <type_traits>
 #include <vector>
 
@@ -123,23 +123,19 @@ TEST(Thread, CannotJoinItself)
     EXPECT_FALSE(polled);
 }
 
-TEST(Thread, EndsWhenItsBodyThrows)
+TEST(Thread, EndsWhenItsBodyFails)
 {
-    kyLog::edit().setLogTypeEnabled(ky::kyLogType::CRITICAL, false);
-    for (const bool isStandard : {true, false})
+    const Silence silence;
+    std::vector<std::function<void()>> bodies = failures();
+    if (canEndThread())
+        bodies.push_back(&endThread);
+    for (const auto& body : bodies)
     {
-        Body thread(
-            [=]
-            {
-                if (isStandard)
-                    throw std::runtime_error("boom");
-                throw 1;
-            });
+        Body thread(body);
         thread.startThread(nullptr);
         EXPECT_TRUE(eventually([&] { return !thread.isRunning(); }));
         EXPECT_TRUE(thread.waitThread(0));
     }
-    kyLog::edit().setLogTypeEnabled(ky::kyLogType::CRITICAL, true);
 }
 
 TEST(Thread, IsDestroyedRightAfterItsStart)
@@ -185,7 +181,7 @@ TEST(Fork, AChildCanDestroyThreadsAndLog)
         GTEST_SKIP() << "no fork here";
     std::atomic<bool> stop{false};
     std::vector<std::unique_ptr<Body>> loggers;
-    kyLog::edit().setLogTypeEnabled(ky::kyLogType::CRITICAL, false);
+    const Silence silence;
     for (int i = 0; i < 4; ++i)
     {
         loggers.push_back(std::make_unique<Body>(
@@ -217,7 +213,6 @@ TEST(Fork, AChildCanDestroyThreadsAndLog)
     }
     stop = true;
     loggers.clear();
-    kyLog::edit().setLogTypeEnabled(ky::kyLogType::CRITICAL, true);
 }
 
 TEST(Exit, DoesNotWaitForThreads)

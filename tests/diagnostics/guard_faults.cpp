@@ -24,8 +24,11 @@ void* volatile notFromHeap = reinterpret_cast<void*>(0x7ff0);
 
 KY_NOINLINE int descend(int depth)
 {
-    volatile char frame[4000];
-    frame[0] = static_cast<char>(depth);
+    // Touched from the top, so that no page is skipped. Large, because Wine keeps no stack back for the handlers of a
+    // full one: it is found while the frame is made, with most of it still unused.
+    volatile char frame[48 * 1024];
+    for (std::size_t at = sizeof(frame); at > 0; at -= 1024)
+        frame[at - 1] = static_cast<char>(depth);
     return depth == zero - 1 ? 0 : descend(depth + 1) + frame[0];
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace ky::test
@@ -48,6 +49,22 @@ enum class Disposition
 
 /// What is set for SIGSEGV.
 Disposition faultDisposition();
+
+/// Raises SIGSEGV in another thread, wherever that is. False where nobody can.
+bool deliverFault(std::thread& thread);
+
+/// Makes the blocks of the arena that `block` comes from read-only, so that the allocator faults in the middle of its
+/// work, with its lock taken. False where nobody knows how.
+bool spoilArenaOf(void* block);
+
+/// Lets a handler of the program's own end the process with this exit code at SIGSEGV.
+bool exitAtFault(int code);
+
+/// Gives the calling thread a signal stack of its own making; its address, null where there are none.
+void* useOwnSignalStack();
+
+/// Address of the calling thread's signal stack, null when there is none.
+void* signalStack();
 
 /// Makes `code` the thread's last error.
 void failWith(int code);

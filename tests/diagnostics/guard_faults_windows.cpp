@@ -33,6 +33,12 @@ Disposition faultDisposition()
     return found == SIG_DFL ? Disposition::Default : Disposition::Other;
 }
 
+bool deliverFault(std::thread&) { return false; }
+bool spoilArenaOf(void*) { return false; }
+bool exitAtFault(int) { return false; }
+void* useOwnSignalStack() { return nullptr; }
+void* signalStack() { return nullptr; }
+
 void failWith(int code) { SetLastError(static_cast<DWORD>(code)); }
 
 } // namespace ky::test

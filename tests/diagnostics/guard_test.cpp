@@ -159,6 +159,20 @@ TEST_F(Guard, EightThreadsFaultAtOnceWithWholeMessages)
         expectFault(message, any);
 }
 
+TEST_F(Guard, ASignalStackOfTheThreadsOwnIsUsedAndKept)
+{
+    std::thread(
+        []
+        {
+            void* const own = ky::test::useOwnSignalStack();
+            for (int n = 0; n < 2; ++n)
+                ExecGuardedCode([] { ky::test::commit(FaultKind::StackOverflow); });
+            EXPECT_EQ(ky::test::signalStack(), own);
+        })
+        .join();
+    EXPECT_THAT(messages, ElementsAre(HasSubstr("STACK_OVERFLOW"), HasSubstr("STACK_OVERFLOW")));
+}
+
 TEST_F(Guard, ForcedEndOfAThreadPasses)
 {
     if (!ky::test::canEndThread())

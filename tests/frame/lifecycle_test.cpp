@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "support/child_process.h"
+#include "support/process_state.h"
 
 #include <ky/kyLog.h>
 #include <ky/kyMutex.h>
@@ -10,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace
@@ -105,14 +107,43 @@ TEST(Lifecycle, AnExistingLoggerIsKept)
     EXPECT_EQ(kyLog::editPtr(), nullptr);
 }
 
-TEST(Lifecycle, ManyPairsWork)
+TEST(Lifecycle, TenThousandPairsLeaveTheProcessAsItWas)
 {
-    for (int i = 0; i < 2000; ++i)
+    const std::vector<std::vector<InitType>> nestings = {
+        {InitType::Light},
+        {InitType::Full},
+        {InitType::Light, InitType::Full, InitType::Light},
+        {InitType::Full, InitType::Light, InitType::Full, InitType::Full},
+        std::vector<InitType>(20, InitType::Full),
+    };
+    const auto run = [&](std::size_t rounds)
     {
-        ky::initializeKySystem(i % 2 == 0 ? InitType::Full : InitType::Light, false);
-        ASSERT_NE(ky::kyStringUtils::GetCLocale(), nullptr);
-        ky::terminateKySystem();
-    }
+        for (std::size_t round = 0; round < rounds; ++round)
+        {
+            const std::vector<InitType>& types = nestings[round % nestings.size()];
+            for (const InitType type : types)
+                ky::initializeKySystem(type, false);
+            ASSERT_NE(ky::kyStringUtils::GetCLocale(), nullptr);
+            for (std::size_t i = 0; i < types.size(); ++i)
+                ky::terminateKySystem();
+        }
+    };
+    run(500);
+    const ky::test::ProcessState before = ky::test::processState();
+    run(10000);
+    ky::test::ProcessState after;
+    // The system may still be about to remove a thread that has been joined.
+    EXPECT_TRUE(ky::test::eventually(
+        [&]
+        {
+            after = ky::test::processState();
+            return after.threads == before.threads && after.handles == before.handles;
+        }))
+        << before << '\n'
+        << after;
+    EXPECT_LT(after.heapBytes, before.heapBytes + 4000) << "less than a byte a round";
+    EXPECT_TRUE(std::equal(before.dispositions, before.dispositions + 3, after.dispositions)) << before << '\n'
+                                                                                              << after;
     EXPECT_EQ(observedState(), 0);
 }
 

@@ -3,9 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <clocale>
-#include <set>
 
 namespace
 {
@@ -44,18 +45,36 @@ TEST(Time, FormatsUnderTheCLocaleWithinEightyBytes)
     EXPECT_EQ(kySystemUtils::GetCurrentTimeAsString(nullptr, true), "");
 }
 
+using UuidBits = std::array<std::uint64_t, 2>;
+
+UuidBits bitsOf(const std::string& digits)
+{
+    return {std::stoull(digits.substr(0, 16), nullptr, 16), std::stoull(digits.substr(16), nullptr, 16)};
+}
+
 TEST(Uuid, IsRandomVersionFourInTheDocumentedForm)
 {
-    std::set<std::string> seen;
-    for (int i = 0; i < 2000; ++i)
+    std::vector<UuidBits> all(1000000);
+    UuidBits everSet = {};
+    UuidBits alwaysSet = {~0ULL, ~0ULL};
+    for (UuidBits& bits : all)
     {
         const std::string plain = kySystemUtils::CreateUuid(false);
         ASSERT_EQ(plain.size(), 32u);
         ASSERT_EQ(plain.find_first_not_of("0123456789abcdef"), std::string::npos) << plain;
-        ASSERT_EQ(plain[12], '4') << plain;
-        ASSERT_NE(std::string("89ab").find(plain[16]), std::string::npos) << plain;
-        ASSERT_TRUE(seen.insert(plain).second) << plain;
+        bits = bitsOf(plain);
+        for (std::size_t half = 0; half < 2; ++half)
+        {
+            everSet[half] |= bits[half];
+            alwaysSet[half] &= bits[half];
+        }
     }
+    // Version 4 and the variant of the two highest bits; every other bit is 0 sometimes and 1 sometimes.
+    EXPECT_EQ(everSet, (UuidBits{0xffffffffffff4fff, 0xbfffffffffffffff}));
+    EXPECT_EQ(alwaysSet, (UuidBits{0x0000000000004000, 0x8000000000000000}));
+    std::sort(all.begin(), all.end());
+    EXPECT_EQ(std::adjacent_find(all.begin(), all.end()), all.end());
+
     const std::string braced = kySystemUtils::CreateUuid(true);
     ASSERT_EQ(braced.size(), 38u);
     EXPECT_EQ(braced.front(), '{');

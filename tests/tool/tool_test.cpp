@@ -28,7 +28,8 @@ class Tool : public testing::Test
 protected:
     Result ky(const std::vector<std::string>& arguments)
     {
-        const std::string file = dir.file("output.txt");
+        // A process that the system starts on behalf of the tool may still hold the file of the last run.
+        const std::string file = dir.file("output" + std::to_string(++runs) + ".txt");
         Result result;
         result.exitCode = ky::test::ChildProcess::program("ky", arguments, file).wait();
         result.output = readFile(file);
@@ -37,6 +38,7 @@ protected:
     }
 
     TempDir dir;
+    int runs = 0;
 };
 
 TEST_F(Tool, WrongUsageIsTwoAndHelpIsZero)
@@ -56,6 +58,8 @@ TEST_F(Tool, WrongUsageIsTwoAndHelpIsZero)
         {"log", file, "--type", "loud", "x"},
         {"log", file, "--keep", "129", "x"},
         {"log", file, "--max-size", "many", "x"},
+        {"report", "extra"},
+        {"report", "--ini"},
     };
     for (const auto& arguments : wrong)
         EXPECT_EQ(ky(arguments).exitCode, 2) << testing::PrintToString(arguments);
@@ -139,6 +143,37 @@ TEST_F(Tool, LogAppendsWholeLinesFromSeveralProcesses)
     const Result folder = ky({"log", dir.path() + "/none/x.log", "x"});
     EXPECT_EQ(folder.exitCode, 1);
     EXPECT_THAT(folder.output, HasSubstr("none/x.log"));
+}
+
+TEST_F(Tool, ReportShowsTheMachineAndWritesIt)
+{
+    const std::string ini = dir.file("m\xC3\xA4.ini");
+    const std::string csv = dir.file("m\xC3\xA4.csv");
+    const Result brief = ky({"report"});
+    EXPECT_EQ(brief.exitCode, 0);
+    EXPECT_THAT(brief.output, testing::AnyOf(HasSubstr("System        Linux "), HasSubstr("System        Windows ")));
+    EXPECT_THAT(brief.output, HasSubstr("\nProcessor     "));
+    EXPECT_THAT(brief.output, Not(HasSubstr("Instructions")));
+    EXPECT_THAT(brief.output, Not(HasSubstr("ky: "))) << "no warnings on the way";
+
+    const Result full = ky({"report", "--full", "--ini", ini, "--csv", csv});
+    EXPECT_EQ(full.exitCode, 0);
+    EXPECT_THAT(full.output, HasSubstr("Instructions  "));
+    EXPECT_THAT(full.output, HasSubstr("Program       ky"));
+    EXPECT_THAT(readFile(ini), HasSubstr("\nprocessor/1/name="));
+    const std::string description = ky({"ini", ini, "get", "os/description"}).output;
+    EXPECT_THAT(full.output, HasSubstr("System        " + description));
+    EXPECT_THAT(readFile(csv), testing::StartsWith("path,value\n"));
+    // The description holds a comma.
+    EXPECT_THAT(readFile(csv),
+                HasSubstr("\nos/description,\"" + description.substr(0, description.size() - 1) + "\"\n"));
+
+    for (const char* const option : {"--ini", "--csv"})
+    {
+        const Result result = ky({"report", option, dir.file("none/x.txt")});
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_THAT(result.output, HasSubstr("none/x.txt: cannot be written"));
+    }
 }
 
 TEST_F(Tool, KeepsALogOfItsSteps)

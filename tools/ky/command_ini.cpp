@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "ky/commands.h"
+#include "ky/progress.h"
+#include "ky/utf8_path.h"
 
 #include <ky/kyIniFile.h>
 #include <ky/kyLog.h>
 
 #include <filesystem>
 #include <iostream>
+#include <memory>
 
 namespace ky::tool
 {
@@ -18,26 +21,66 @@ using Map = kyVariant::kyVariantMapImpl;
 bool isThere(const std::string& pathUtf8)
 {
     std::error_code ignored;
-    return std::filesystem::exists(std::u8string(pathUtf8.begin(), pathUtf8.end()), ignored);
+    return std::filesystem::exists(utf8Path(pathUtf8), ignored);
 }
+
+/// One command's way through its steps: loading and saving go on to their end, so a cancellation counts between them.
+class Steps
+{
+public:
+    explicit Steps(int count) : mProgress(makeProgress())
+    {
+        mProgress->resetNotifier();
+        mProgress->beginStepGroup(count);
+    }
+
+    /// Empty when the file was loaded, the reason otherwise.
+    std::string load(const std::string& file, Map& map)
+    {
+        mProgress->changeCurrentStep(1.0, mStep++);
+        if (!LoadIniFile(file, map))
+            return "cannot be opened";
+        mProgress->setCurrentStepProgress(1.0);
+        return isCancelled() ? "cancelled" : "";
+    }
+
+    /// Saving is the last step: once it is done, there is nothing left to cancel.
+    std::string save(const std::string& file, const Map& changes)
+    {
+        mProgress->changeCurrentStep(1.0, mStep++);
+        return SaveIniFile(file, changes, true) ? "" : "cannot be written";
+    }
+
+    bool isCancelled() const { return mProgress->shouldCancel(); }
+
+private:
+    std::unique_ptr<kyProgressNotifierInterface> mProgress;
+    std::size_t mStep = 0;
+};
 
 ExitCode list(const IniOptions& options)
 {
     Map map;
-    if (!LoadIniFile(options.file, map))
-        return fail(options.file, "cannot be opened");
+    Steps steps(1);
+    if (const std::string reason = steps.load(options.file, map); !reason.empty())
+        return fail(options.file, reason);
+    hideBar();
     Map flat;
     map.toFlattenMap(flat, '/');
     for (const auto& [path, value] : flat)
+    {
+        if (steps.isCancelled())
+            return cancelled(options.file);
         std::cout << path << " = " << value.toString() << "  (" << value.getTypeAsString() << ")\n";
+    }
     return Done;
 }
 
 ExitCode get(const IniOptions& options)
 {
     Map map;
-    if (!LoadIniFile(options.file, map))
-        return fail(options.file, "cannot be opened");
+    if (const std::string reason = Steps(1).load(options.file, map); !reason.empty())
+        return fail(options.file, reason);
     const kyVariant* const value = map.findPath(options.arguments[0].c_str(), '/', Map::MapsOnly);
     if (value == nullptr)
         return fail(options.file, "has no value " + options.arguments[0]);
@@ -46,13 +89,14 @@ ExitCode get(const IniOptions& options)
 }
 
 /// Lays `changes` over the file. A file that is there but cannot be read is left alone: it would be lost otherwise.
-ExitCode change(const IniOptions& options, const Map& changes)
+ExitCode change(const IniOptions& options, const Map& changes, Steps& steps)
 {
     Map existing;
-    if (isThere(options.file) && !LoadIniFile(options.file, existing))
-        return fail(options.file, "cannot be opened");
-    if (!SaveIniFile(options.file, changes, true))
-        return fail(options.file, "cannot be written");
+    std::string reason = isThere(options.file) ? steps.load(options.file, existing) : "";
+    if (reason.empty())
+        reason = steps.save(options.file, changes);
+    if (!reason.empty())
+        return fail(options.file, reason);
     logInfo("ini") << options.file << ": changed";
     return Done;
 }
@@ -62,15 +106,17 @@ ExitCode set(const IniOptions& options)
     Map changes;
     // As text: the reader types it, and a number keeps all the digits that were given.
     changes.editValuePath(options.arguments[0].c_str(), kyVariant(options.arguments[1]), '/');
-    return change(options, changes);
+    Steps steps(2);
+    return change(options, changes, steps);
 }
 
 ExitCode merge(const IniOptions& options)
 {
+    Steps steps(3);
     Map changes;
-    if (!LoadIniFile(options.arguments[0], changes))
-        return fail(options.arguments[0], "cannot be opened");
-    return change(options, changes);
+    if (const std::string reason = steps.load(options.arguments[0], changes); !reason.empty())
+        return fail(options.arguments[0], reason);
+    return change(options, changes, steps);
 }
 
 } // namespace

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "ky/commands.h"
 
+#include "ky/console_native.h"
+#include "ky/progress.h"
+
 #include <ky/kyLog.h>
 #include <ky/kyStringUtils.h>
 
-#include <iostream>
+#include <string_view>
 
 namespace ky::tool
 {
@@ -30,6 +33,44 @@ std::string joined(const std::vector<std::string>& words)
     return text;
 }
 
+void writeLine(std::string_view line, kyLogType type, const std::string& qualifier)
+{
+    if (!line.empty() && line.back() == '\r')
+        line.remove_suffix(1);
+    kyLog::edit().Write(std::string(line), type, qualifier);
+}
+
+/// Writes every line of standard input until it ends. False when cancelled; what is left of a line is then dropped.
+bool writeInput(kyLogType type, const std::string& qualifier)
+{
+    const auto progress = makeProgress(); // nobody knows how much will come: no bar
+    std::vector<char> block(64 * 1024);
+    std::string pending;
+    for (;;)
+    {
+        std::size_t size = 0;
+        const native::Input input = native::readInput(block.data(), block.size(), size);
+        if (progress->shouldCancel())
+            return false;
+        if (input == native::Input::End)
+            break;
+        if (input == native::Input::Nothing)
+            continue;
+        std::string_view rest(block.data(), size);
+        for (std::size_t end = rest.find('\n'); end != std::string_view::npos; end = rest.find('\n'))
+        {
+            pending.append(rest.substr(0, end));
+            writeLine(pending, type, qualifier);
+            pending.clear();
+            rest.remove_prefix(end + 1);
+        }
+        pending.append(rest);
+    }
+    if (!pending.empty())
+        writeLine(pending, type, qualifier);
+    return true;
+}
+
 } // namespace
 
 ExitCode runLog(const LogOptions& options)
@@ -42,13 +83,8 @@ ExitCode runLog(const LogOptions& options)
     const kyLogType type = typeOf(options.type);
     if (!options.readInput)
         log.Write(joined(options.words), type, options.qualifier);
-    std::string line;
-    while (options.readInput && std::getline(std::cin, line))
-    {
-        if (!line.empty() && line.back() == '\r')
-            line.pop_back();
-        log.Write(line, type, options.qualifier);
-    }
+    else if (!writeInput(type, options.qualifier))
+        return cancelled(options.file);
     if (log.getSkippedLineCount() != 0)
         return fail(options.file, std::to_string(log.getSkippedLineCount()) + " line(s) could not be written");
     return Done;

@@ -44,11 +44,32 @@ struct LogOptions
     std::vector<std::string> words;
 };
 
+struct FindOptions
+{
+    std::string root;
+    std::vector<std::string> extensions; ///< of files; empty for all
+    bool ignoreCase = false;
+    bool names = false;   ///< bare names instead of paths
+    bool folders = false; ///< folders as well
+};
+
+struct ReportOptions
+{
+    bool full = false;
+    std::string iniFile; ///< empty for none
+    std::string csvFile; ///< empty for none
+};
+
 ExitCode runCsv(const CsvOptions& options);
+ExitCode runFind(const FindOptions& options);
 ExitCode runIni(const IniOptions& options);
 ExitCode runLog(const LogOptions& options);
+ExitCode runReport(const ReportOptions& options);
 
 /// Prints "ky: FILE: reason" to standard error.
 ExitCode fail(const std::string& file, const std::string& reason);
+
+/// The same for a command that the user stopped while it worked on this file.
+inline ExitCode cancelled(const std::string& file) { return fail(file, "cancelled"); }
 
 } // namespace ky::tool

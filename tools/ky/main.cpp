@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ky/commands.h"
 #include "ky/console_native.h"
+#include "ky/progress.h"
 #include "ky/session.h"
 
 #include <CLI/CLI.hpp>
@@ -13,6 +14,7 @@ namespace ky::tool
 
 ExitCode fail(const std::string& file, const std::string& reason)
 {
+    hideBar();
     std::cout.flush();
     std::cerr << "ky: " << file << ": " << reason << '\n';
     return Failed;
@@ -24,8 +26,10 @@ namespace
 struct Options
 {
     CsvOptions csv;
+    FindOptions find;
     IniOptions ini;
     LogOptions log;
+    ReportOptions report;
     SessionLog session;
 };
 
@@ -38,6 +42,17 @@ void defineCsv(CLI::App& app, CsvOptions& csv)
     command->add_option("--delimiter", csv.delimiter, "column delimiter")->capture_default_str();
     command->add_option("--quote", csv.quote, "string delimiter")->capture_default_str();
     command->add_flag("!--text", csv.typed, "keep every cell as text instead of typing it");
+}
+
+void defineFind(CLI::App& app, FindOptions& find)
+{
+    CLI::App* const command = app.add_subcommand("find", "List the files below a folder; links are not entered");
+    command->add_option("ROOT", find.root, "the folder")->required();
+    command->add_option("--ext", find.extensions, "only files with these extensions, for example txt,csv")
+        ->delimiter(',');
+    command->add_flag("--ignore-case", find.ignoreCase, "compare extensions without regard to case");
+    command->add_flag("--names", find.names, "names only, without their folder");
+    command->add_flag("--folders", find.folders, "list folders as well");
 }
 
 void defineIni(CLI::App& app, IniOptions& ini)
@@ -62,6 +77,14 @@ void defineLog(CLI::App& app, LogOptions& log)
     command->add_option("--keep", log.filesToKeep, "rotated files to keep")->check(CLI::Range(0, 128));
     command->add_flag("--stdin", log.readInput, "every line of standard input is a message");
     command->add_option("MESSAGE", log.words, "the message; several words are joined by blanks");
+}
+
+void defineReport(CLI::App& app, ReportOptions& report)
+{
+    CLI::App* const command = app.add_subcommand("report", "Print the machine: system, processor, memory, displays");
+    command->add_flag("--full", report.full, "also what tells this computer and its user, and long lists");
+    command->add_option("--ini", report.iniFile, "write everything to this INI file");
+    command->add_option("--csv", report.csvFile, "write everything to this CSV file, a path and a value a row");
 }
 
 void defineSession(CLI::App& app, SessionLog& session)
@@ -92,13 +115,18 @@ ExitCode run(const CLI::App& app, const Options& options)
                           " argument(s)");
     if (app.got_subcommand("log") && options.log.words.empty() != options.log.readInput)
         return wrongUsage("log takes either a MESSAGE or --stdin");
+    watchInterrupt();
     Session session;
     if (!session.startLog(options.session))
         return Failed;
     if (app.got_subcommand("csv"))
         return runCsv(options.csv);
+    if (app.got_subcommand("find"))
+        return runFind(options.find);
     if (app.got_subcommand("ini"))
         return runIni(options.ini);
+    if (app.got_subcommand("report"))
+        return runReport(options.report);
     return runLog(options.log);
 }
 
@@ -110,8 +138,10 @@ ExitCode runTool(std::vector<std::string> arguments)
     app.fallthrough();
     defineSession(app, options.session);
     defineCsv(app, options.csv);
+    defineFind(app, options.find);
     defineIni(app, options.ini);
     defineLog(app, options.log);
+    defineReport(app, options.report);
     try
     {
         std::reverse(arguments.begin(), arguments.end());

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "ky/session.h"
 
+#include "ky/progress.h"
+
 #include <ky/kyLog.h>
 #include <ky/kySystem.h>
+#include <ky/kySystemUtils.h>
 
 #include <iostream>
 
@@ -14,14 +17,17 @@ namespace
 
 void showProblems(const std::string& message, kyLogType type, const std::string&, void*)
 {
-    if (type == kyLogType::WARNING || type == kyLogType::CRITICAL)
-        std::cerr << "ky: " << message << '\n';
+    if (type != kyLogType::WARNING && type != kyLogType::CRITICAL)
+        return;
+    hideBar();
+    std::cerr << "ky: " << message << '\n';
 }
 
 } // namespace
 
 Session::Session()
 {
+    kySystemUtils::ExportProcessorCount();
     initializeKySystem(InitType::Full, false);
     kyLog::edit().setEchoToConsole(false);
     kyLog::edit().installCustomHandler(&showProblems, nullptr);

@@ -39,24 +39,35 @@ std::string padded(const std::string& text, std::size_t width)
 
 } // namespace
 
-TableSummary::TableSummary(const Table& table)
+void TableSummary::add(const Table& rows)
 {
-    for (std::size_t r = 0; r < table.size(); ++r)
+    for (const std::vector<kyVariant>& row : rows)
     {
-        if (table[r].size() > mColumns.size())
-            mColumns.resize(table[r].size());
-        for (std::size_t c = 0; c < table[r].size(); ++c)
-        {
-            if (r == 0)
-            {
-                mColumns[c].name = table[r][c].toString();
-                continue;
-            }
-            ++mColumns[c].typeCounts[table[r][c].getTypeAsString()];
-            mColumns[c].longest = std::max(mColumns[c].longest, table[r][c].toString().size());
-        }
+        if (row.size() > mColumns.size())
+            mColumns.resize(row.size());
+        if (mHeaderSeen)
+            addRow(row);
+        else
+            addHeader(row);
     }
-    mRows = table.empty() ? 0 : table.size() - 1;
+}
+
+void TableSummary::addHeader(const std::vector<kyVariant>& row)
+{
+    mHeaderSeen = true;
+    for (std::size_t c = 0; c < row.size(); ++c)
+        mColumns[c].name = row[c].toString();
+}
+
+void TableSummary::addRow(const std::vector<kyVariant>& row)
+{
+    for (std::size_t c = 0; c < row.size(); ++c)
+    {
+        ++mColumns[c].typeCounts[row[c].getTypeAsString()];
+        mColumns[c].longest = std::max(mColumns[c].longest, row[c].toString().size());
+    }
+    if (++mRows <= mShownRows)
+        mFirstRows.push_back(row);
 }
 
 void TableSummary::print(std::ostream& out) const
@@ -68,6 +79,13 @@ void TableSummary::print(std::ostream& out) const
         for (const auto& [type, count] : column.typeCounts)
             out << "  " << type << ' ' << count;
         out << "  longest " << column.longest << '\n';
+    }
+    for (std::size_t r = 0; r < mFirstRows.size(); ++r)
+    {
+        out << "  " << std::setw(4) << r + 1 << " ";
+        for (const kyVariant& cell : mFirstRows[r])
+            out << " | " << shortened(cell.toString());
+        out << '\n';
     }
 }
 
@@ -85,18 +103,6 @@ void TableSummary::store(kyVariant::kyVariantMapImpl& ini, const std::string& se
             map.editValuePath((base + "type/" + type).c_str(), kyVariant(count), '/');
     }
     ini[section] = map;
-}
-
-void printRows(const Table& table, std::size_t count, std::ostream& out)
-{
-    const std::size_t last = std::min(table.size(), count + 1);
-    for (std::size_t r = 1; r < last; ++r)
-    {
-        out << "  " << std::setw(4) << r << " ";
-        for (const kyVariant& cell : table[r])
-            out << " | " << shortened(cell.toString());
-        out << '\n';
-    }
 }
 
 } // namespace ky::tool

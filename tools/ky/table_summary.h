@@ -18,14 +18,19 @@ using Table = std::vector<std::vector<kyVariant>>;
 class TableSummary
 {
 public:
-    explicit TableSummary(const Table& table);
+    /// \param shownRows how many rows behind the header are kept to be printed
+    explicit TableSummary(std::size_t shownRows) : mShownRows(shownRows) {}
 
+    /// Takes the next rows of the table.
+    void add(const Table& rows);
+
+    /// Prints size and columns, then the first rows, cells cut to a readable width.
     void print(std::ostream& out) const;
 
     /// Writes the summary below the key `section` of `ini`.
     void store(kyVariant::kyVariantMapImpl& ini, const std::string& section) const;
 
-    std::size_t rowCount() const { return mRows; }
+    std::size_t rowCount() const { return mRows; } ///< without the header
     std::size_t columnCount() const { return mColumns.size(); }
 
 private:
@@ -36,11 +41,14 @@ private:
         std::size_t longest = 0;                       ///< bytes of the longest cell's text
     };
 
-    std::vector<Column> mColumns;
-    std::size_t mRows = 0;
-};
+    void addHeader(const std::vector<kyVariant>& row);
+    void addRow(const std::vector<kyVariant>& row);
 
-/// Prints the first `count` rows behind the header, cells cut to a readable width.
-void printRows(const Table& table, std::size_t count, std::ostream& out);
+    std::vector<Column> mColumns;
+    Table mFirstRows;
+    std::size_t mShownRows;
+    std::size_t mRows = 0;
+    bool mHeaderSeen = false;
+};
 
 } // namespace ky::tool

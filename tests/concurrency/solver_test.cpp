@@ -1,0 +1,368 @@
+// SPDX-License-Identifier: MIT
+#include "concurrency/full_library.h"
+#include "concurrency/pool_of.h"
+#include "concurrency/solver_batch.h"
+#include "concurrency/sync_native.h"
+#include "diagnostics/guard_faults.h"
+#include "support/child_process.h"
+
+#include <ky/kyConcurrent.h>
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <atomic>
+#include <deque>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+using ky::ConcurrentPool;
+using ky::kyMutex;
+using ky::kyWaitCondition;
+using ky::test::eventually;
+using ky::test::PoolOf;
+
+const auto* const sLibrary = testing::AddGlobalTestEnvironment(new ky::test::FullLibrary);
+
+constexpr unsigned long wakeLimitMs = 60'000;
+
+bool isHeldOnce(kyMutex& mutex)
+{
+    namespace native = ky::impl::native;
+    auto& lock = *static_cast<native::RecursiveLock*>(mutex.getMutexData());
+    if (!native::isInside(lock))
+        return false;
+    mutex.unlock();
+    const bool isHeldStill = native::isInside(lock);
+    mutex.lock();
+    return !isHeldStill;
+}
+
+/// A task that does what a function says.
+class FunctionTask final : public ConcurrentPool::Task
+{
+public:
+    using Function = std::function<void(kyMutex&, kyWaitCondition&)>;
+    explicit FunctionTask(Function function) : mFunction(std::move(function)) {}
+    void execute(kyMutex* poolMutex, kyWaitCondition* taskCondition) override { mFunction(*poolMutex, *taskCondition); }
+
+private:
+    Function mFunction;
+};
+
+struct Solver : ConcurrentPool::SolverBase
+{
+    void add(FunctionTask::Function function) { addTask(&mOwned.emplace_back(std::move(function))); }
+
+private:
+    std::deque<FunctionTask> mOwned;
+};
+
+class SolverOn : public testing::TestWithParam<unsigned>
+{
+protected:
+    PoolOf mPool{GetParam()};
+};
+INSTANTIATE_TEST_SUITE_P(Workers, SolverOn, testing::ValuesIn(ky::test::workerCounts),
+                         testing::PrintToStringParamName());
+
+TEST(ConcurrentPool, HasAtLeastOneWorker)
+{
+    for (const unsigned asked : {0U, 1U, 5U})
+        EXPECT_EQ(ConcurrentPool(asked).getWorkerCount(), std::max(1U, asked));
+}
+
+TEST(ConcurrentPool, OfTheProcessIsBoundedAndThereWhileItIsWanted)
+{
+    {
+        const PoolOf pool(2);
+        ASSERT_NE(ky::concurrent::GetConcurrentPool(), nullptr);
+        EXPECT_EQ(ky::concurrent::GetConcurrentPool()->getWorkerCount(), 2U);
+    }
+    EXPECT_EQ(ky::concurrent::GetConcurrentPool(), nullptr);
+    ky::impl::destroyConcurrentPool();
+}
+
+/// As many tasks as there are threads meet: none of them can end unless every worker has been woken and works.
+TEST(ConcurrentPool, BringsAllWorkersToWorkAgainAndAgain)
+{
+    for (const unsigned workers : {1U, 3U, 8U})
+    {
+        ConcurrentPool pool(workers);
+        for (int round = 0; round < 50; ++round)
+        {
+            unsigned present = 0;
+            int missed = 0;
+            Solver solver;
+            for (unsigned i = 0; i <= workers; ++i)
+                solver.add(
+                    [&](kyMutex& mutex, kyWaitCondition& condition)
+                    {
+                        if (++present == workers + 1)
+                            condition.wakeAll();
+                        while (present <= workers && missed == 0)
+                            missed += condition.wait(&mutex, wakeLimitMs) ? 0 : 1;
+                    });
+            solver.solve(pool);
+            ASSERT_EQ(missed, 0) << workers << " workers, round " << round;
+        }
+    }
+}
+
+TEST_P(SolverOn, ExecutesEveryTaskOnceWithTheMutexHeld)
+{
+    for (const unsigned count : {0U, 1U, 2U, 500U})
+    {
+        std::vector<int> executed(count, 0); // guarded by the mutex of the pool
+        int wrongly = 0;
+        Solver solver;
+        for (unsigned i = 0; i < count; ++i)
+            solver.add(
+                [&, i](kyMutex& mutex, kyWaitCondition&)
+                {
+                    wrongly += isHeldOnce(mutex) ? 0 : 1;
+                    ++executed[i];
+                });
+        solver.solve();
+        EXPECT_EQ(executed, std::vector<int>(count, 1));
+        EXPECT_EQ(wrongly, 0);
+        solver.solve();
+        EXPECT_EQ(executed, std::vector<int>(count, 1)) << "the list is to be empty";
+    }
+}
+
+/// Every task waits for the one before it.
+TEST_P(SolverOn, BeginsTasksInOrderSoThatLaterOnesMayWaitForEarlierOnes)
+{
+    constexpr int count = 200;
+    int finished = 0;
+    int missed = 0;
+    Solver solver;
+    for (int i = 0; i < count; ++i)
+        solver.add(
+            [&, i](kyMutex& mutex, kyWaitCondition& condition)
+            {
+                {
+                    const ConcurrentPool::Unlocked unlocked(mutex);
+                    std::this_thread::yield();
+                }
+                while (finished < i && missed == 0)
+                    missed += condition.wait(&mutex, wakeLimitMs) ? 0 : 1;
+                ++finished;
+                condition.wakeAll();
+            });
+    solver.solve();
+    EXPECT_EQ(finished, count);
+    EXPECT_EQ(missed, 0);
+}
+
+TEST_P(SolverOn, HandsOnTheFirstExceptionWhenAllHaveEnded)
+{
+    for (const bool whileReleased : {false, true})
+    {
+        std::atomic<int> begun{0};
+        std::atomic<int> ended{0};
+        Solver solver;
+        for (int i = 0; i < 300; ++i)
+            solver.add(
+                [&, i](kyMutex& mutex, kyWaitCondition&)
+                {
+                    ++begun;
+                    if (i == 20 && !whileReleased)
+                        throw std::runtime_error("task 20");
+                    mutex.unlock();
+                    if (i == 20)
+                        throw std::runtime_error("task 20");
+                    std::this_thread::yield();
+                    mutex.lock();
+                    ++ended;
+                });
+        std::string caught;
+        try
+        {
+            solver.solve();
+        }
+        catch (const std::runtime_error& error)
+        {
+            caught = error.what();
+        }
+        EXPECT_EQ(caught, "task 20");
+        EXPECT_EQ(begun, ended + 1);
+        if (!whileReleased)
+        {
+            EXPECT_EQ(begun, 21) << "nothing is begun after a failure";
+        }
+        solver.add([&](kyMutex& mutex, kyWaitCondition&) { ended = isHeldOnce(mutex) ? -1 : -2; });
+        solver.solve();
+        EXPECT_EQ(ended, -1) << "solver and pool go on as before";
+    }
+}
+
+/// On a worker and on the calling thread, with the mutex of the pool held and released.
+TEST_P(SolverOn, SurvivesFaultsOnEveryThread)
+{
+    for (int round = 0; round < 4; ++round)
+    {
+        int begun = 0;
+        Solver solver;
+        for (int i = 0; i < 20; ++i)
+            solver.add(
+                [&](kyMutex& mutex, kyWaitCondition&)
+                {
+                    ++begun;
+                    if (round % 2 == 0)
+                        mutex.unlock();
+                    ky::test::commit(ky::test::FaultKind::NullWrite);
+                });
+        EXPECT_THROW(solver.solve(), std::runtime_error);
+        EXPECT_GE(begun, 1);
+        EXPECT_THROW(
+            ky::concurrent::parallelFor(0, 1000, [&](int) { ky::test::commit(ky::test::FaultKind::DivisionByZero); }),
+            std::runtime_error);
+        std::atomic<int> bodies{0};
+        EXPECT_TRUE(ky::concurrent::parallelFor(0, 1000, [&](int) { ++bodies; }));
+        EXPECT_EQ(bodies, 1000);
+    }
+}
+
+TEST(TaskQueue, HoldsTheMutexAgainWhenATaskHasFailedWithoutIt)
+{
+    kyMutex mutex;
+    kyWaitCondition condition;
+    for (const bool isThrown : {false, true})
+    {
+        FunctionTask failing(
+            [&](kyMutex& held, kyWaitCondition&)
+            {
+                held.unlock();
+                if (isThrown)
+                    throw std::runtime_error("failed");
+                ky::test::commit(ky::test::FaultKind::NullWrite);
+            });
+        ky::impl::TaskList tasks{&failing};
+        ky::impl::TaskQueue queue(tasks, mutex, condition);
+        mutex.lock();
+        queue.workOff();
+        EXPECT_TRUE(isHeldOnce(mutex));
+        mutex.unlock();
+        EXPECT_THROW(queue.rethrow(), std::runtime_error);
+    }
+}
+
+TEST_P(SolverOn, MayBeUsedByTasks)
+{
+    std::atomic<int> executed{0};
+    const std::function<void(int)> descend = [&](int depth)
+    {
+        ++executed;
+        if (depth == 0)
+            return;
+        Solver solver;
+        for (int i = 0; i < 4; ++i)
+            solver.add(
+                [&](kyMutex& mutex, kyWaitCondition&)
+                {
+                    const ConcurrentPool::Unlocked unlocked(mutex);
+                    descend(depth - 1);
+                });
+        solver.solve();
+    };
+    descend(5);
+    EXPECT_EQ(executed, 1 + 4 + 16 + 64 + 256 + 1024);
+}
+
+/// A batch ends when its own tasks have, whatever else the pool does.
+TEST(ConcurrentPool, ABatchDoesNotWaitForOthers)
+{
+    ConcurrentPool pool(2);
+    std::atomic<bool> isInside{false};
+    std::atomic<bool> release{false};
+    std::thread other(
+        [&]
+        {
+            Solver solver;
+            for (int i = 0; i < 2; ++i)
+                solver.add(
+                    [&](kyMutex& mutex, kyWaitCondition&)
+                    {
+                        const ConcurrentPool::Unlocked unlocked(mutex);
+                        isInside = true;
+                        EXPECT_TRUE(eventually([&] { return release.load(); }));
+                    });
+            solver.solve(pool);
+        });
+    EXPECT_TRUE(eventually([&] { return isInside.load(); }));
+    for (int round = 0; round < 100; ++round)
+    {
+        int executed = 0;
+        Solver solver;
+        for (int i = 0; i < 3; ++i)
+            solver.add([&](kyMutex&, kyWaitCondition&) { ++executed; });
+        solver.solve(pool);
+        EXPECT_EQ(executed, 3);
+    }
+    release = true;
+    other.join();
+}
+
+TEST(ConcurrentPool, EndsIdleOrBusyAndAtOnce)
+{
+    for (unsigned round = 0; round < 200; ++round)
+    {
+        ConcurrentPool pool(1 + round % 4);
+        if (round % 2 == 0)
+            continue;
+        int executed = 0;
+        Solver solver;
+        for (int i = 0; i < 6; ++i)
+            solver.add([&](kyMutex&, kyWaitCondition&) { ++executed; });
+        solver.solve(pool);
+        EXPECT_EQ(executed, 6);
+    }
+}
+
+/// The pool of the process comes and goes while threads use it.
+TEST(ConcurrentPool, OfTheProcessMayEndWhileBatchesRun)
+{
+    std::atomic<bool> stop{false};
+    std::atomic<int> batches{0};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 3; ++i)
+        threads.emplace_back(
+            [&]
+            {
+                while (!stop)
+                {
+                    std::atomic<int> executed{0};
+                    Solver solver;
+                    for (int task = 0; task < 5; ++task)
+                        solver.add(
+                            [&](kyMutex& mutex, kyWaitCondition&)
+                            {
+                                const ConcurrentPool::Unlocked unlocked(mutex);
+                                ++executed;
+                            });
+                    solver.solve();
+                    EXPECT_EQ(executed, 5);
+                    ++batches;
+                    std::this_thread::yield();
+                }
+            });
+    for (int round = 0; round < 40; ++round)
+    {
+        const PoolOf pool(3);
+        const int before = batches;
+        EXPECT_TRUE(eventually([&] { return batches > before + 2; }));
+    }
+    stop = true;
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+} // namespace

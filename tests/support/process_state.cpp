@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+#include "support/process_state.h"
+
+#include <ostream>
+
+namespace ky::test
+{
+
+std::ostream& operator<<(std::ostream& out, const ProcessState& state)
+{
+    out << state.threads << " threads, " << state.handles << " handles, " << state.heapBytes << " bytes, dispositions";
+    for (const auto disposition : state.dispositions)
+        out << ' ' << reinterpret_cast<const void*>(disposition);
+    return out;
+}
+
+} // namespace ky::test

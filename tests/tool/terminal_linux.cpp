@@ -1,0 +1,217 @@
+// SPDX-License-Identifier: MIT
+// The tool on a terminal, and under signals.
+#include "support/child_process.h"
+#include "support/temp_dir.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <poll.h>
+#include <pty.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace
+{
+
+using ky::test::readFile;
+using ky::test::TempDir;
+using ky::test::writeFile;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+
+/// A run of the tool with its standard streams in the test's hand.
+class RunningTool
+{
+public:
+    enum class Screen
+    {
+        Terminal,
+        Pipe
+    };
+
+    RunningTool(Screen screen, std::vector<std::string> arguments)
+    {
+        int in[2] = {-1, -1};
+        int out[2] = {-1, -1};
+        if (screen == Screen::Pipe && (pipe(in) != 0 || pipe(out) != 0))
+            std::abort();
+        mPid = screen == Screen::Terminal ? forkpty(&mOut, nullptr, nullptr, nullptr) : fork();
+        if (mPid == 0)
+        {
+            if (screen == Screen::Pipe)
+            {
+                dup2(in[0], STDIN_FILENO);
+                dup2(out[1], STDOUT_FILENO);
+                dup2(out[1], STDERR_FILENO);
+                for (const int end : {in[0], in[1], out[0], out[1]})
+                    close(end);
+            }
+            execute(arguments);
+        }
+        if (screen == Screen::Terminal)
+            return;
+        close(in[0]);
+        close(out[1]);
+        mIn = in[1];
+        mOut = out[0];
+    }
+
+    ~RunningTool()
+    {
+        if (!mEnded)
+        {
+            ::kill(mPid, SIGKILL);
+            waitpid(mPid, &mStatus, 0);
+        }
+        for (const int end : {mIn, mOut})
+        {
+            if (end >= 0)
+                close(end);
+        }
+    }
+
+    RunningTool(const RunningTool&) = delete;
+    RunningTool& operator=(const RunningTool&) = delete;
+
+    void send(const std::string& bytes) const
+    {
+        EXPECT_EQ(write(mIn, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+    }
+
+    void interrupt() const { ::kill(mPid, SIGINT); }
+
+    /// Waits for output without taking it.
+    bool hasWritten() const
+    {
+        pollfd out = {mOut, POLLIN, 0};
+        return poll(&out, 1, 60000) == 1;
+    }
+
+    /// Everything until the tool closes its output.
+    std::string readAll() const
+    {
+        std::string text;
+        char block[4096];
+        for (ssize_t got = 0; hasWritten() && (got = read(mOut, block, sizeof block)) > 0;)
+            text.append(block, static_cast<std::size_t>(got));
+        return text;
+    }
+
+    bool hasEnded()
+    {
+        if (!mEnded)
+            mEnded = waitpid(mPid, &mStatus, WNOHANG) == mPid;
+        return mEnded;
+    }
+
+    /// Exit code, or 128 + N after signal N.
+    int wait()
+    {
+        EXPECT_TRUE(ky::test::eventually([this] { return hasEnded(); }));
+        return WIFEXITED(mStatus) ? WEXITSTATUS(mStatus) : 128 + WTERMSIG(mStatus);
+    }
+
+private:
+    [[noreturn]] static void execute(std::vector<std::string>& arguments)
+    {
+        std::string program = ky::test::binFolder() + "/ky";
+        std::vector<char*> argv{program.data()};
+        for (std::string& argument : arguments)
+            argv.push_back(argument.data());
+        argv.push_back(nullptr);
+        execv(program.c_str(), argv.data());
+        _exit(127);
+    }
+
+    pid_t mPid = -1;
+    int mIn = -1;
+    int mOut = -1;
+    int mStatus = -1;
+    bool mEnded = false;
+};
+
+using Screen = RunningTool::Screen;
+
+/// A table whose rows do not fit into a pipe: who prints them all waits for a reader.
+std::string writeLongTable(const TempDir& dir)
+{
+    std::string text = "name,value\n";
+    for (int i = 0; i < 20000; ++i)
+        text += "a rather long name in every row," + std::to_string(i) + "\n";
+    writeFile(dir.file("long.csv"), text);
+    return dir.file("long.csv");
+}
+
+TEST(ToolOnATerminal, DrawsTheBarAndRemovesIt)
+{
+    const TempDir dir;
+    writeFile(dir.file("a.csv"), "a,b\n1,2\n");
+    writeFile(dir.file("b.csv"), "\xFF,2\n");
+    RunningTool tool(Screen::Terminal, {"csv", dir.file("a.csv"), dir.file("b.csv")});
+    const std::string output = tool.readAll();
+    EXPECT_EQ(tool.wait(), 1);
+    const std::string blank = "\r" + std::string(70, ' ') + "\r";
+    EXPECT_THAT(output, HasSubstr("\r[=================================                 ] 66/100  " + blank +
+                                  dir.file("a.csv") + "\r\n"))
+        << "the first file has 8 of 12 bytes";
+    EXPECT_THAT(output, EndsWith("\r\nky: " + dir.file("b.csv") + ": Invalid UTF-8\r\n"));
+
+    writeFile(dir.file("a.ini"), "a=1\n");
+    RunningTool ini(Screen::Terminal, {"ini", dir.file("a.ini"), "list"});
+    EXPECT_THAT(ini.readAll(), EndsWith("] 100/100  " + blank + "a = 1  (INTEGER)\r\n"));
+    EXPECT_EQ(ini.wait(), 0);
+
+    RunningTool piped(Screen::Pipe, {"csv", dir.file("a.csv")});
+    EXPECT_THAT(piped.readAll(), Not(HasSubstr("\r")));
+    EXPECT_EQ(piped.wait(), 0);
+}
+
+TEST(ToolInterrupted, StopsACsvRunAndLeavesNoSummary)
+{
+    const TempDir dir;
+    const std::string table = writeLongTable(dir);
+    writeFile(dir.file("never.csv"), "a\n1\n");
+    RunningTool tool(Screen::Pipe,
+                     {"csv", table, dir.file("never.csv"), "--rows", "20000", "--ini", dir.file("sum.ini")});
+    ASSERT_TRUE(tool.hasWritten());
+    tool.interrupt();
+    const std::string output = tool.readAll();
+    EXPECT_EQ(tool.wait(), 1);
+    EXPECT_THAT(output, EndsWith("ky: " + table + ": cancelled\n"));
+    EXPECT_THAT(output, Not(HasSubstr("never.csv")));
+    EXPECT_FALSE(ky::test::exists(dir.file("sum.ini")));
+}
+
+TEST(ToolInterrupted, ASecondTimeEndsAtOnce)
+{
+    const TempDir dir;
+    RunningTool tool(Screen::Pipe, {"csv", writeLongTable(dir), "--rows", "20000"});
+    ASSERT_TRUE(tool.hasWritten());
+    // Signals that are not delivered yet fold into one, so it may take more than two.
+    EXPECT_TRUE(ky::test::eventually(
+        [&]
+        {
+            tool.interrupt();
+            return tool.hasEnded();
+        }));
+    EXPECT_EQ(tool.wait(), 128 + SIGINT);
+}
+
+TEST(ToolInterrupted, StopsWaitingForLogLines)
+{
+    const TempDir dir;
+    const std::string file = dir.file("a.log");
+    RunningTool tool(Screen::Pipe, {"log", file, "--stdin"});
+    tool.send("one\r\ntwo\nthr");
+    ASSERT_TRUE(ky::test::eventually([&] { return readFile(file).find("two\r\n") != std::string::npos; }));
+    tool.interrupt();
+    EXPECT_EQ(tool.readAll(), "ky: " + file + ": cancelled\n");
+    EXPECT_EQ(tool.wait(), 1);
+    EXPECT_THAT(readFile(file), EndsWith(" two\r\n"));
+    EXPECT_THAT(readFile(file), HasSubstr(" one\r\n"));
+}
+
+} // namespace

@@ -1,0 +1,244 @@
+// SPDX-License-Identifier: MIT
+#include "ky/commands.h"
+#include "ky/progress.h"
+#include "ky/utf8_path.h"
+
+#include <ky/kyIniFile.h>
+#include <ky/kyLog.h>
+#include <ky/kySystemUtils.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <functional>
+#include <iostream>
+
+namespace ky::tool
+{
+
+namespace
+{
+
+using Map = kyVariant::kyVariantMapImpl;
+
+constexpr std::size_t labelWidth = 14;
+constexpr std::size_t lineWidth = 100;
+
+/// Lines of text under labels on the left.
+class Page
+{
+public:
+    /// Texts under the same label stand below one another. An empty text shows nothing.
+    void add(const std::string& label, const std::string& text)
+    {
+        if (text.empty())
+            return;
+        const std::string shown = label == mLastLabel ? std::string() : label;
+        mLastLabel = label;
+        std::cout << shown << std::string(labelWidth - shown.size(), ' ') << text << '\n';
+    }
+
+    /// Breaks the line at blanks.
+    void addLong(const std::string& label, std::string text)
+    {
+        constexpr std::size_t room = lineWidth - labelWidth;
+        while (text.size() > room)
+        {
+            const std::size_t blank = text.rfind(' ', room);
+            if (blank == std::string::npos)
+                break;
+            add(label, text.substr(0, blank));
+            text.erase(0, blank + 1);
+        }
+        add(label, text);
+    }
+
+private:
+    std::string mLastLabel;
+};
+
+/// The parts that are not empty, joined.
+std::string joined(const std::vector<std::string>& parts, const char* separator)
+{
+    std::string text;
+    for (const std::string& part : parts)
+        if (!part.empty())
+            text += (text.empty() ? "" : separator) + part;
+    return text;
+}
+
+/// Empty when nothing is there.
+std::string textAt(const Map& map, const char* path) { return map.getValuePath(path).toString(); }
+
+/// Empty for 0, for -1 and when nothing is there.
+std::string sizeAt(const Map& map, const char* path)
+{
+    static constexpr const char* units[] = {"bytes", "KiB", "MiB", "GiB", "TiB"};
+    double value = static_cast<double>(map.getValuePath(path).toInteger());
+    if (value <= 0)
+        return {};
+    std::size_t unit = 0;
+    for (; value >= 1024 && unit + 1 < std::size(units); ++unit)
+        value /= 1024;
+    char buffer[64];
+    std::snprintf(buffer, sizeof(buffer), "%.*f %s", unit == 0 ? 0 : 1, value, units[unit]);
+    return buffer;
+}
+
+/// Empty when `text` is.
+std::string with(const std::string& before, const std::string& text, const std::string& behind)
+{
+    return text.empty() ? std::string() : before + text + behind;
+}
+
+std::string screenAt(const Map& map, const char* width, const char* height)
+{
+    const bool isKnown = map.getValuePath(width).toInteger() > 0 && map.getValuePath(height).toInteger() > 0;
+    return isKnown ? textAt(map, width) + " x " + textAt(map, height) : std::string();
+}
+
+/// Calls for each of the maps "1", "2", ... below `path`.
+void forEachRow(const Map& report, const std::string& path, const std::function<void(const Map& row)>& call)
+{
+    for (int i = 1;; ++i)
+    {
+        const kyVariant* const row = report.findPath((path + "/" + std::to_string(i)).c_str());
+        if (row == nullptr || row->getType() != kyVariant::Type::Map)
+            return;
+        call(row->getMap());
+    }
+}
+
+void showProcessor(const Map& report, Page& page)
+{
+    const std::string brand = textAt(report, "processor/brand");
+    const std::size_t first = brand.find_first_not_of(' ');
+    page.add("Processor", first == std::string::npos ? textAt(report, "processor/vendor") : brand.substr(first));
+    const std::string count = textAt(report, "processor/logicalprocessors");
+    const kyVariant clock = report.getValuePath("management/processor/1/maxclockspeed");
+    const bool threads = report.getValuePath("processor/ishyperthreaded").toBool();
+    const bool isVirtual = report.getValuePath("processor/ishypervisor").toBool();
+    page.add("Processor", joined({count + (count == "1" ? " logical processor" : " logical processors"),
+                                  clock.toInteger() > 0 ? clock.toString() + " MHz" : "",
+                                  threads ? "hyper-threading" : "", isVirtual ? "inside a virtual machine" : ""},
+                                 ", "));
+}
+
+void showDisplays(const Map& report, bool full, Page& page)
+{
+    forEachRow(report, "adapters",
+               [&](const Map& row)
+               {
+                   page.add("Display", joined({textAt(row, "description"), sizeAt(row, "dedicatedmemory"),
+                                               with("", sizeAt(row, "sharedsystemmemory"), " shared")},
+                                              ", "));
+               });
+    forEachRow(
+        report, "management/desktopmonitor",
+        [&](const Map& row) {
+            page.add("Monitor", joined({textAt(row, "name"), screenAt(row, "screenwidth", "screenheight")}, ", "));
+        });
+    if (!full)
+        return;
+    forEachRow(report, "management/videocontroller",
+               [&](const Map& row)
+               {
+                   const std::string driver = textAt(row, "driverversion");
+                   page.add("Driver",
+                            with(textAt(row, "caption") + ": ", driver, with(" of ", textAt(row, "driverdate"), "")));
+               });
+}
+
+void showPower(const Map& report, Page& page)
+{
+    if (!report.getValuePath("power/hasbattery").toBool())
+    {
+        const std::string source = textAt(report, "power/source");
+        return page.add("Power", source == "unknown" ? std::string() : source);
+    }
+    const kyVariant percent = report.getValuePath("power/batterypercent", -1);
+    const std::string charge = percent.toInteger() < 0 ? "battery" : "battery at " + percent.toString() + " %";
+    const bool charging = report.getValuePath("power/ischarging").toBool();
+    page.add("Power", joined({textAt(report, "power/source"), charge, charging ? "charging" : ""}, ", "));
+}
+
+/// What tells this computer and its user from others, and the long lists.
+void showRest(const Map& report, Page& page)
+{
+    page.add("Disk", textAt(report, "disk/main"));
+    page.addLong("Instructions", textAt(report, "processor/instructionsets"));
+    page.addLong("Switched off", textAt(report, "processor/disabledinstructionsets"));
+    page.add("Name",
+             joined({textAt(report, "computer/name"), textAt(report, "management/computersystem/domain")}, ", "));
+    page.add("User", textAt(report, "user/name"));
+    page.add("Program",
+             joined({textAt(report, "program/name"), with("in ", textAt(report, "program/folder"), "")}, " "));
+    page.add("Program", joined({with("process ", textAt(report, "program/processid"), ""),
+                                with("", sizeAt(report, "program/usedmemory"), " used")},
+                               ", "));
+    for (const auto& [name, version] : report.getValuePath("libraries").toMap())
+        page.add("Libraries", name + " " + version.toString());
+}
+
+void show(const Map& report, bool full)
+{
+    Page page;
+    const std::string family = textAt(report, "management/computersystem/systemfamily");
+    page.add("Computer", joined({textAt(report, "management/computersystem/manufacturer"),
+                                 textAt(report, "management/computersystem/model"), with("(", family, ")")},
+                                " "));
+    page.add("System", textAt(report, "os/description"));
+    showProcessor(report, page);
+    const std::string usable = sizeAt(report, "management/computersystem/totalphysicalmemory");
+    page.add("Memory",
+             joined({with("", sizeAt(report, "memory/installed"), " installed"), with("", usable, " usable")}, ", "));
+    showDisplays(report, full, page);
+    showPower(report, page);
+    if (full)
+        showRest(report, page);
+}
+
+std::string csvCell(const std::string& text)
+{
+    if (text.find_first_of(",\"\r\n") == std::string::npos)
+        return text;
+    std::string quoted = "\"";
+    for (const char c : text)
+        quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
+    return quoted + "\"";
+}
+
+bool saveCsv(const std::string& file, const Map& report)
+{
+    std::ofstream out(utf8Path(file), std::ios::binary);
+    out << "path,value\n";
+    Map flat;
+    report.toFlattenMap(flat, '/');
+    for (const auto& [path, value] : flat)
+        out << csvCell(path) << ',' << csvCell(value.toString()) << '\n';
+    out.close();
+    return out.good();
+}
+
+} // namespace
+
+ExitCode runReport(const ReportOptions& options)
+{
+    // Asking the machine is one step, which goes on to its end.
+    const auto progress = makeProgress();
+    progress->resetNotifier();
+    Map report;
+    kySystemUtils::GenerateHardwareReport(report, options.full);
+    if (progress->shouldCancel())
+        return cancelled("report");
+    hideBar();
+    show(report, options.full);
+    if (!options.iniFile.empty() && !SaveIniFile(options.iniFile, report))
+        return fail(options.iniFile, "cannot be written");
+    if (!options.csvFile.empty() && !saveCsv(options.csvFile, report))
+        return fail(options.csvFile, "cannot be written");
+    logInfo("report") << (options.full ? "full" : "short");
+    return Done;
+}
+
+} // namespace ky::tool
