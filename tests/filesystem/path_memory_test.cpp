@@ -1,29 +1,9 @@
 // SPDX-License-Identifier: MIT
+#include "filesystem/counting_new.h"
+
 #include <ky/kyDirUtils.h>
 
 #include <gtest/gtest.h>
-
-#include <atomic>
-#include <cstdlib>
-#include <new>
-
-namespace
-{
-
-std::atomic<int> sRequests{0};
-
-} // namespace
-
-void* operator new(std::size_t size)
-{
-    ++sRequests;
-    if (void* const memory = std::malloc(size == 0 ? 1 : size))
-        return memory;
-    throw std::bad_alloc();
-}
-
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace
 {
@@ -31,10 +11,10 @@ namespace
 template <typename Work>
 int requestsOf(Work work)
 {
-    const int before = sRequests;
+    const int before = ky::test::memoryRequests();
     const std::string result = work();
     EXPECT_FALSE(result.empty());
-    return sRequests - before;
+    return ky::test::memoryRequests() - before;
 }
 
 TEST(PathMemory, OneRequestAtMost)
