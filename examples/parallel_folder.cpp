@@ -108,9 +108,10 @@ void print(const std::vector<FileReport>& files)
                   << std::setw(12) << file.size << std::setw(9) << file.lines << std::setw(7) << file.longestLine
                   << "  " << file.path.filename().string() << '\n';
     }
-    const auto count = ky::concurrent::reduce(
+    const auto lines = ky::concurrent::reduce(
         std::size_t{0}, files.size(), std::uint64_t{0}, [&](std::size_t i) { return files[i].lines; }, std::plus<>());
-    std::cout << files.size() << " files, " << count << " lines\n";
+    const auto done = std::count_if(files.begin(), files.end(), [](const FileReport& file) { return file.isDone; });
+    std::cout << done << " of " << files.size() << " files, " << lines << " lines\n";
 }
 
 fs::path makeSamples()

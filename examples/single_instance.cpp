@@ -31,6 +31,7 @@ int runProgram(const std::string& lockPath)
 
 int main()
 {
+    ky::kySystemUtils::ExportProcessorCount();
     ky::initializeKySystem(ky::InitType::Light, false);
     const int result = runProgram("single_instance.lock");
     ky::terminateKySystem();

@@ -26,6 +26,7 @@ public:
 
 int main()
 {
+    ky::kySystemUtils::ExportProcessorCount();
     ky::initializeKySystem(ky::InitType::Light, false);
     std::ofstream("walk_a.txt") << "a";
     std::ofstream("walk_b.TXT") << "b";

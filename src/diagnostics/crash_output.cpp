@@ -35,7 +35,9 @@ std::atomic<const std::string*> sFile{nullptr};
 /// A crash may read the path while it changes: the one in use is left alone.
 std::string& freePath()
 {
-    static std::string* const paths = new std::string[2];
+    // Never destroyed; the memory goes with the library when that is unloaded.
+    alignas(std::string) static unsigned char memory[2 * sizeof(std::string)];
+    static std::string* const paths = new (memory) std::string[2];
     return sFile.load() == paths ? paths[1] : paths[0];
 }
 
@@ -47,14 +49,10 @@ struct Memory
     std::string* forHandler = nullptr; ///< large enough for any message; made with the first handler
 };
 
-Memory& memoryOf(bool last)
-{
-    static Memory* const memories = new Memory[2];
-    return memories[last ? 1 : 0];
-}
+/// Nothing of this may be made in a crash.
+constinit Memory sMemories[2];
 
-/// Before any crash: nothing of this may be made in one.
-[[maybe_unused]] Memory& sMade = memoryOf(false);
+Memory& memoryOf(bool last) { return sMemories[last ? 1 : 0]; }
 
 /// Milliseconds that the last message waits for the logger's lock, and that other crashing threads are held.
 constexpr int lastPatience = 200;

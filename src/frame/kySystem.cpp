@@ -59,7 +59,8 @@ void startFull(bool queryMainDisk)
     if (queryMainDisk)
         static_cast<void>(getMainHDDDevice()); // later callers find the answer ready
     impl::createConcurrentPool(static_cast<unsigned int>(kySystemUtils::GetIdealThreadCount()));
-    kyLogObject(kyLogType::DEBUG, "", kyLog::editPtr(), nullptr) << "Register signal and exception watchers";
+    if (kyLog* const log = kyLog::editPtr())
+        kyLogObject(kyLogType::DEBUG, "", log, nullptr) << "Register signal and exception watchers";
     impl::registerWatchers();
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The steps of starting, waiting and joining on a system that does as it is told: its threads have ended when their
-// start returns, and its time passes only in sleeps.
+// start returns, and its time passes only in sleeps. The library's own threads, which it has from its start to its end,
+// are real ones.
 #include "concurrency/limited_list.h"
 #include "concurrency/sync_native.h"
 #include "concurrency/thread_native.h"
@@ -14,7 +15,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <limits>
+#include <memory>
 #include <string>
 #include <system_error>
 #include <thread>
@@ -25,6 +28,7 @@ namespace
 
 struct System
 {
+    bool isReal = false;
     bool refusesThreads = false;
     bool losesThreads = false; ///< starts one and does not say which
     bool runsBodies = true;
@@ -37,6 +41,8 @@ struct System
 };
 System sSystem;
 
+constexpr std::uintptr_t toldHandle = 1;
+
 } // namespace
 
 namespace ky::impl::native
@@ -44,17 +50,28 @@ namespace ky::impl::native
 
 bool startThread(Thread& thread) noexcept
 {
+    if (sSystem.isReal)
+    {
+        thread.handle = reinterpret_cast<std::uintptr_t>(new std::thread(thread.body, thread.argument));
+        return true;
+    }
     if (sSystem.refusesThreads)
         return false;
     sSystem.last = &thread;
-    thread.handle = sSystem.losesThreads ? 0 : 1;
+    thread.handle = sSystem.losesThreads ? 0 : toldHandle;
     if (sSystem.runsBodies)
         std::thread(thread.body, thread.argument).join();
     return true;
 }
 
-bool joinThread(Thread&) noexcept
+bool joinThread(Thread& thread) noexcept
 {
+    if (thread.handle != toldHandle)
+    {
+        const std::unique_ptr<std::thread> real(reinterpret_cast<std::thread*>(thread.handle));
+        real->join();
+        return true;
+    }
     if (sSystem.refusesJoins)
         return false;
     ++sSystem.joined;
@@ -110,7 +127,9 @@ protected:
     ThreadSteps()
     {
         sSystem = System();
+        sSystem.isReal = true;
         ky::initializeKySystem(ky::InitType::Full, false);
+        sSystem.isReal = false;
         ky::kyLog::edit().setEchoToConsole(false);
         ky::kyLog::edit().installCustomHandler(&collect, &logged);
     }

@@ -29,9 +29,9 @@ std::vector<Event> sEvents;
 namespace ky::impl::native
 {
 
-void reportEvent(const std::string& source, EventKind kind, const std::string& text)
+void reportEvent(std::string_view source, EventKind kind, std::string_view text) noexcept
 {
-    sEvents.push_back({source, kind, text});
+    sEvents.push_back({std::string(source), kind, std::string(text)});
 }
 
 } // namespace ky::impl::native

@@ -9,7 +9,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <fcntl.h>
@@ -79,7 +78,8 @@ class Counter : public kyDirUtils::FileSystemVisitor
 public:
     bool onEnterFolder(const std::string& folder) override
     {
-        longest = std::max(longest, folder.size());
+        if (folder.size() > deepest.size())
+            deepest = folder;
         return ++entered > 0;
     }
     bool onFile(const std::string&, const std::string& name) override { return files.insert(name).second; }
@@ -87,7 +87,7 @@ public:
 
     int entered = 0;
     int left = 0;
-    std::size_t longest = 0;
+    std::string deepest;
     std::set<std::string> files;
 };
 
@@ -118,7 +118,10 @@ TEST(WalkFaults, DepthIsLimitedByNothing)
                             EXPECT_EQ(counter.entered, depth + 1) << descriptors;
                             EXPECT_EQ(counter.left, depth + 1);
                             EXPECT_EQ(counter.files.size(), std::size_t{depth});
-                            EXPECT_GT(counter.longest, std::size_t{depth} * 200);
+                            EXPECT_GT(counter.deepest.size(), std::size_t{depth} * 200);
+                            Counter fromThere;
+                            EXPECT_TRUE(fromThere.visit(counter.deepest + "\\", true, nullptr, false));
+                            EXPECT_EQ(fromThere.entered, 1);
                         });
     }
     withDescriptors(16, [&] { EXPECT_EQ(removeTree(dir.path()), 2 * depth); });

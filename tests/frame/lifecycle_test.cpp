@@ -128,6 +128,7 @@ TEST(Lifecycle, TenThousandPairsLeaveTheProcessAsItWas)
                 ky::terminateKySystem();
         }
     };
+    ky::kySystemUtils::ExportProcessorCount(); // or each round warns
     run(500);
     const ky::test::ProcessState before = ky::test::processState();
     run(10000);

@@ -24,6 +24,7 @@ int useOnce()
 
 extern "C" int useLibrary()
 {
+    ky::kySystemUtils::ExportProcessorCount();
     ky::initializeKySystem(ky::InitType::Full, false);
     const int result = useOnce();
     ky::terminateKySystem();
@@ -33,6 +34,7 @@ extern "C" int useLibrary()
 /// Leaves the library initialized and a thread in it.
 extern "C" int keepUsingLibrary()
 {
+    ky::kySystemUtils::ExportProcessorCount();
     ky::initializeKySystem(ky::InitType::Full, false);
     const int result = useOnce();
     std::thread(

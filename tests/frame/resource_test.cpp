@@ -273,4 +273,25 @@ TEST(Resources, AForkedChildFindsThem)
     }
 }
 
+TEST(Lifecycle, AForkedChildMayTerminateAndInitializeAgain)
+{
+    if (!ky::test::canFork())
+        GTEST_SKIP() << "no fork here";
+    Library library(InitType::Full);
+    kyLog::edit().installCustomHandler(nullptr, nullptr);
+    const BusyThreads threads(2);
+    const auto liveAgain = []
+    {
+        ky::terminateKySystem();
+        ky::initializeKySystem(InitType::Full, false);
+        kyLog::edit().setEchoToConsole(false);
+        std::string text;
+        if (!GetResource("frame/CMakeLists.txt", text) || !ky::IsKySystemThreadSafe())
+            std::_Exit(1);
+        ky::terminateKySystem();
+    };
+    for (int f = 0; f < 20; ++f)
+        ASSERT_TRUE(ky::test::forkAndRun(liveAgain)) << "child " << f;
+}
+
 } // namespace

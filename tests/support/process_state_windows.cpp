@@ -10,6 +10,7 @@
 #include <tlhelp32.h>
 
 #include <csignal>
+#include <initializer_list>
 
 namespace ky::test
 {
@@ -65,6 +66,11 @@ bool isModuleLoaded(const std::string& name) { return GetModuleHandleA(name.c_st
 
 void* loadModule(const std::string& name)
 {
+    // The system's own libraries do not give everything back when they are unloaded: they stay.
+    for (const char* const own : {"advapi32.dll", "ole32.dll", "oleaut32.dll", "rpcrt4.dll", "shell32.dll"})
+    {
+        static_cast<void>(LoadLibraryA(own));
+    }
     void* const module = LoadLibraryA((binFolder() + "/" + name + ".dll").c_str());
     EXPECT_NE(module, nullptr) << GetLastError();
     return module;
