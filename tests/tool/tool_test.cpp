@@ -210,4 +210,21 @@ TEST_F(Tool, FindListsWhatMatches)
     EXPECT_THAT(missing.output, HasSubstr("cannot be listed"));
 }
 
+TEST_F(Tool, ClearEmptiesOrRemovesAFolder)
+{
+    ky::test::makeFolder(dir.file("tree/sub"));
+    writeFile(dir.file("tree/sub/f"), "");
+    EXPECT_EQ(ky({"clear", dir.file("tree"), "--keep"}).exitCode, 0);
+    EXPECT_TRUE(ky::test::exists(dir.file("tree")));
+    EXPECT_FALSE(ky::test::exists(dir.file("tree/sub")));
+    EXPECT_EQ(ky({"clear", dir.file("tree")}).exitCode, 0);
+    EXPECT_FALSE(ky::test::exists(dir.file("tree")));
+    EXPECT_EQ(ky({"clear", dir.file("tree")}).exitCode, 0);
+    writeFile(dir.file("file"), "");
+    const Result file = ky({"clear", dir.file("file")});
+    EXPECT_EQ(file.exitCode, 1);
+    EXPECT_THAT(file.output, HasSubstr("is not a folder"));
+    EXPECT_TRUE(ky::test::exists(dir.file("file")));
+}
+
 } // namespace

@@ -16,6 +16,12 @@ enum ExitCode : int
     WrongUsage = 2
 };
 
+struct ClearOptions
+{
+    std::string folder;
+    bool keep = false; ///< the folder itself
+};
+
 struct CsvOptions
 {
     std::vector<std::string> files;
@@ -60,6 +66,7 @@ struct ReportOptions
     std::string csvFile; ///< empty for none
 };
 
+ExitCode runClear(const ClearOptions& options);
 ExitCode runCsv(const CsvOptions& options);
 ExitCode runFind(const FindOptions& options);
 ExitCode runIni(const IniOptions& options);

@@ -25,6 +25,7 @@ namespace
 
 struct Options
 {
+    ClearOptions clear;
     CsvOptions csv;
     FindOptions find;
     IniOptions ini;
@@ -32,6 +33,14 @@ struct Options
     ReportOptions report;
     SessionLog session;
 };
+
+void defineClear(CLI::App& app, ClearOptions& clear)
+{
+    CLI::App* const command =
+        app.add_subcommand("clear", "Remove a folder and what is in it; links are removed, not followed");
+    command->add_option("FOLDER", clear.folder, "the folder; may be missing")->required();
+    command->add_flag("--keep", clear.keep, "empty the folder only");
+}
 
 void defineCsv(CLI::App& app, CsvOptions& csv)
 {
@@ -115,10 +124,14 @@ ExitCode run(const CLI::App& app, const Options& options)
                           " argument(s)");
     if (app.got_subcommand("log") && options.log.words.empty() != options.log.readInput)
         return wrongUsage("log takes either a MESSAGE or --stdin");
-    watchInterrupt();
+    // Clearing cannot be asked to stop: it is interrupted as any program.
+    if (!app.got_subcommand("clear"))
+        watchInterrupt();
     Session session;
     if (!session.startLog(options.session))
         return Failed;
+    if (app.got_subcommand("clear"))
+        return runClear(options.clear);
     if (app.got_subcommand("csv"))
         return runCsv(options.csv);
     if (app.got_subcommand("find"))
@@ -137,6 +150,7 @@ ExitCode runTool(std::vector<std::string> arguments)
     app.require_subcommand(1);
     app.fallthrough();
     defineSession(app, options.session);
+    defineClear(app, options.clear);
     defineCsv(app, options.csv);
     defineFind(app, options.find);
     defineIni(app, options.ini);
