@@ -377,6 +377,14 @@ TEST_F(FileFaults, MovesToAnotherVolume)
     clears(other);
 }
 
+TEST_F(FileFaults, AFolderTakesNoFilesPlace)
+{
+    makeFolder(dir.file("folder"));
+    writeFile(dir.file("f"), "content");
+    EXPECT_FALSE(kyDirUtils::RenameFileUtf8(dir.file("folder"), dir.file("f"), &error));
+    EXPECT_EQ(readFile(dir.file("f")), "content");
+}
+
 TEST_F(FileFaults, WellKnownFoldersFollowTheDesktopsFiles)
 {
     makeFolder(dir.file("home/.config"));
