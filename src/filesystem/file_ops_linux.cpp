@@ -31,6 +31,20 @@ ErrorCode moveByCopy(const std::string& from, const std::string& to, const struc
     return code;
 }
 
+/// Nothing happens when both names belong to one file. Moving the old one aside first tells two names, of which one is
+/// to go, from one name given twice.
+void dropSecondName(const PathAt& from, const PathAt& to, const std::string& path, const struct stat& moved)
+{
+    struct stat left = {};
+    if (fstatat(from.folder(), from.name(), &left, AT_SYMLINK_NOFOLLOW) != 0 || left.st_ino != moved.st_ino ||
+        left.st_dev != moved.st_dev)
+        return;
+    const PathAt aside(std::string(folderPart(path)) + ".ky" + randomName());
+    if (renameat(from.folder(), from.name(), aside.folder(), aside.name()) == 0 &&
+        renameat(aside.folder(), aside.name(), to.folder(), to.name()) == 0)
+        unlinkat(aside.folder(), aside.name(), 0);
+}
+
 /// A folder takes nobody's place, not even that of an empty folder.
 int renameFolder(const PathAt& from, const PathAt& to)
 {
@@ -79,6 +93,8 @@ ErrorCode moveFile(const std::string& from, const std::string& to)
         return errno;
     const int result = S_ISDIR(moved.st_mode) ? renameFolder(fromAt, toAt)
                                               : renameat(fromAt.folder(), fromAt.name(), toAt.folder(), toAt.name());
+    if (result == 0 && !S_ISDIR(moved.st_mode) && moved.st_nlink > 1)
+        dropSecondName(fromAt, toAt, systemPath(from), moved);
     if (result == 0)
         return 0;
     return errno == EXDEV ? moveByCopy(systemPath(from), systemPath(to), moved) : errno;

@@ -385,6 +385,18 @@ TEST_F(FileFaults, AFolderTakesNoFilesPlace)
     EXPECT_EQ(readFile(dir.file("f")), "content");
 }
 
+TEST_F(FileFaults, RenamingOneOfTwoNamesOfAFile)
+{
+    writeFile(dir.file("a"), "content");
+    fs::create_hard_link(dir.file("a"), dir.file("b"));
+    EXPECT_TRUE(kyDirUtils::RenameFileUtf8(dir.file("a"), dir.path() + "//./a", &error)) << error;
+    EXPECT_THAT(namesIn(dir.path()), UnorderedElementsAre("a", "b"));
+    EXPECT_TRUE(kyDirUtils::RenameFileUtf8(dir.file("a"), dir.file("b"), &error)) << error;
+    EXPECT_THAT(namesIn(dir.path()), UnorderedElementsAre("b"));
+    EXPECT_TRUE(kyDirUtils::RenameFileUtf8(dir.file("b"), dir.file("b"), &error)) << error;
+    EXPECT_EQ(readFile(dir.file("b")), "content");
+}
+
 TEST_F(FileFaults, WellKnownFoldersFollowTheDesktopsFiles)
 {
     makeFolder(dir.file("home/.config"));
