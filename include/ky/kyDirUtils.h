@@ -120,8 +120,8 @@ public:
     static bool CopyFileUtf8(const std::string& source, const std::string& destination, bool overwrite);
 
     /// Renames or moves a file or folder; a file to another volume too. A file takes the place of an existing file, but
-    /// nothing takes that of a folder. On failure `error`, unless null, becomes "MoveFileExW error " and the code of the
-    /// system.
+    /// nothing takes that of a folder. On failure `error`, unless null, becomes "MoveFileExW error " and the code of
+    /// the system.
     static bool RenameFileUtf8(const std::string& oldPath, const std::string& newPath, std::string* error = nullptr);
 
     /// Removes a file, not a folder. A link is removed itself.
@@ -136,8 +136,8 @@ public:
     static bool MkpathUtf8(const std::string& path);
 
     /// Removes everything in the folder, and with `removeFolder` the folder. Links are removed, never entered. The
-    /// first thing that cannot be removed ends the work, and so does a folder that is itself a link. True when the folder
-    /// is missing.
+    /// first thing that cannot be removed ends the work, and so does a folder that is itself a link. True when the
+    /// folder is missing.
     ///
     /// \param error unless null, emptied first, then set to the first failure: "FindFirstFileW error ",
     ///        "DeleteFileW error " or "RemoveDirectoryW error ", the code of the system, " for " and the path;
