@@ -16,6 +16,7 @@ LONG_FORMS = ("diagnostics_process_test", "diagnostics_crash_test", "diagnostics
               "diagnostics_crash_path_test", "concurrency_mutex_test",
               "concurrency_wait_condition_test", "concurrency_thread_test", "concurrency_work_thread_test",
               "concurrency_updater_test", "concurrency_system_mutex_test", "concurrency_system_mutex_files_test",
+              "filesystem_lock_test", "filesystem_walk_faults_test", "filesystem_file_faults_test",
               "variant_test", "ini_test", "io_test", "frame_test", "tool_test")
 
 

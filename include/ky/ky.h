@@ -8,9 +8,11 @@
 #include <ky/kyConcurrentPool.h>
 #include <ky/kyCpuInfo.h>
 #include <ky/kyCsvFileReader.h>
+#include <ky/kyDirUtils.h>
 #include <ky/kyException.h>
 #include <ky/kyHighResTimer.h>
 #include <ky/kyIniFile.h>
+#include <ky/kyLockFile.h>
 #include <ky/kyLog.h>
 #include <ky/kyMutex.h>
 #include <ky/kyProgressNotifier.h>

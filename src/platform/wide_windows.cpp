@@ -30,6 +30,26 @@ std::wstring fullPath(const std::wstring& path)
     return full;
 }
 
+bool isPrefixed(const std::wstring& path) { return path.rfind(L"\\\\?\\", 0) == 0 || path.rfind(L"\\\\.\\", 0) == 0; }
+
+std::wstring withPrefix(const std::wstring& path)
+{
+    if (isPrefixed(path))
+        return path;
+    if (isDriveAbsolute(path))
+        return L"\\\\?\\" + fullPath(path);
+    if (path.rfind(L"\\\\", 0) == 0)
+        return L"\\\\?\\UNC\\" + fullPath(path).substr(2);
+    return path;
+}
+
+std::wstring widenSeparators(std::string_view utf8)
+{
+    std::wstring path = widen(utf8);
+    std::replace(path.begin(), path.end(), L'/', L'\\');
+    return path;
+}
+
 } // namespace
 
 std::wstring widen(std::string_view utf8)
@@ -58,14 +78,15 @@ std::string narrow(std::wstring_view wide)
 
 std::wstring widePath(std::string_view utf8)
 {
-    std::wstring path = widen(utf8);
-    std::replace(path.begin(), path.end(), L'/', L'\\');
-    if (path.size() < longPathThreshold || path.rfind(L"\\\\?\\", 0) == 0 || path.rfind(L"\\\\.\\", 0) == 0)
-        return path;
-    if (isDriveAbsolute(path))
-        return L"\\\\?\\" + fullPath(path);
-    if (path.rfind(L"\\\\", 0) == 0)
-        return L"\\\\?\\UNC\\" + fullPath(path).substr(2);
+    std::wstring path = widenSeparators(utf8);
+    return path.size() < longPathThreshold ? path : withPrefix(path);
+}
+
+std::wstring exactPath(std::string_view utf8)
+{
+    std::wstring path = withPrefix(fullPath(widenSeparators(utf8)));
+    while (!path.empty() && path.back() == L'\\')
+        path.pop_back();
     return path;
 }
 

@@ -18,4 +18,8 @@ std::string narrow(std::wstring_view wide);
 /// long-path prefix.
 std::wstring widePath(std::string_view utf8);
 
+/// The path from the root on, with the long-path prefix and without a separator at its end: names appended to it are
+/// taken as they are, blanks and dots at their end and names of devices included.
+std::wstring exactPath(std::string_view utf8);
+
 } // namespace ky::impl::native

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <sstream>
 
 namespace
 {
@@ -181,6 +182,49 @@ TEST_F(Tool, KeepsALogOfItsSteps)
     writeFile(dir.file("t.csv"), "a\n1\n");
     EXPECT_EQ(ky({"csv", dir.file("t.csv"), "--log", dir.file("steps.log")}).exitCode, 0);
     EXPECT_THAT(readFile(dir.file("steps.log")), HasSubstr("t.csv: 1 rows, 1 columns\r\n"));
+}
+
+TEST_F(Tool, FindListsWhatMatches)
+{
+    ky::test::makeFolder(dir.file("tree/sub.txt"));
+    for (const char* name : {"tree/a.txt", "tree/B.TXT", "tree/c.csv", "tree/sub.txt/d.bin"})
+        writeFile(dir.file(name), "");
+    const auto found = [&](std::vector<std::string> options)
+    {
+        options.insert(options.begin(), {"find", dir.file("tree")});
+        const Result result = ky(options);
+        EXPECT_EQ(result.exitCode, 0);
+        std::vector<std::string> lines;
+        std::istringstream text(result.output);
+        for (std::string line; std::getline(text, line);)
+            lines.push_back(line);
+        return lines;
+    };
+    const std::string root = dir.file("tree");
+    EXPECT_THAT(found({"--ext", "txt,csv"}), testing::UnorderedElementsAre(root + "/a.txt", root + "/c.csv"));
+    EXPECT_THAT(found({"--ext", "Txt", "--ignore-case", "--names"}), testing::UnorderedElementsAre("a.txt", "B.TXT"));
+    EXPECT_THAT(found({"--ext", "bin", "--folders"}),
+                testing::UnorderedElementsAre(root + "/sub.txt", root + "/sub.txt/d.bin"));
+    const Result missing = ky({"find", dir.file("missing")});
+    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_THAT(missing.output, HasSubstr("cannot be listed"));
+}
+
+TEST_F(Tool, ClearEmptiesOrRemovesAFolder)
+{
+    ky::test::makeFolder(dir.file("tree/sub"));
+    writeFile(dir.file("tree/sub/f"), "");
+    EXPECT_EQ(ky({"clear", dir.file("tree"), "--keep"}).exitCode, 0);
+    EXPECT_TRUE(ky::test::exists(dir.file("tree")));
+    EXPECT_FALSE(ky::test::exists(dir.file("tree/sub")));
+    EXPECT_EQ(ky({"clear", dir.file("tree")}).exitCode, 0);
+    EXPECT_FALSE(ky::test::exists(dir.file("tree")));
+    EXPECT_EQ(ky({"clear", dir.file("tree")}).exitCode, 0);
+    writeFile(dir.file("file"), "");
+    const Result file = ky({"clear", dir.file("file")});
+    EXPECT_EQ(file.exitCode, 1);
+    EXPECT_THAT(file.output, HasSubstr("is not a folder"));
+    EXPECT_TRUE(ky::test::exists(dir.file("file")));
 }
 
 } // namespace

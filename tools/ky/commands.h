@@ -16,6 +16,12 @@ enum ExitCode : int
     WrongUsage = 2
 };
 
+struct ClearOptions
+{
+    std::string folder;
+    bool keep = false; ///< the folder itself
+};
+
 struct CsvOptions
 {
     std::vector<std::string> files;
@@ -44,6 +50,15 @@ struct LogOptions
     std::vector<std::string> words;
 };
 
+struct FindOptions
+{
+    std::string root;
+    std::vector<std::string> extensions; ///< of files; empty for all
+    bool ignoreCase = false;
+    bool names = false;   ///< bare names instead of paths
+    bool folders = false; ///< folders as well
+};
+
 struct ReportOptions
 {
     bool full = false;
@@ -51,7 +66,9 @@ struct ReportOptions
     std::string csvFile; ///< empty for none
 };
 
+ExitCode runClear(const ClearOptions& options);
 ExitCode runCsv(const CsvOptions& options);
+ExitCode runFind(const FindOptions& options);
 ExitCode runIni(const IniOptions& options);
 ExitCode runLog(const LogOptions& options);
 ExitCode runReport(const ReportOptions& options);

@@ -25,12 +25,22 @@ namespace
 
 struct Options
 {
+    ClearOptions clear;
     CsvOptions csv;
+    FindOptions find;
     IniOptions ini;
     LogOptions log;
     ReportOptions report;
     SessionLog session;
 };
+
+void defineClear(CLI::App& app, ClearOptions& clear)
+{
+    CLI::App* const command =
+        app.add_subcommand("clear", "Remove a folder and what is in it; links are removed, not followed");
+    command->add_option("FOLDER", clear.folder, "the folder; may be missing")->required();
+    command->add_flag("--keep", clear.keep, "empty the folder only");
+}
 
 void defineCsv(CLI::App& app, CsvOptions& csv)
 {
@@ -41,6 +51,17 @@ void defineCsv(CLI::App& app, CsvOptions& csv)
     command->add_option("--delimiter", csv.delimiter, "column delimiter")->capture_default_str();
     command->add_option("--quote", csv.quote, "string delimiter")->capture_default_str();
     command->add_flag("!--text", csv.typed, "keep every cell as text instead of typing it");
+}
+
+void defineFind(CLI::App& app, FindOptions& find)
+{
+    CLI::App* const command = app.add_subcommand("find", "List the files below a folder; links are not entered");
+    command->add_option("ROOT", find.root, "the folder")->required();
+    command->add_option("--ext", find.extensions, "only files with these extensions, for example txt,csv")
+        ->delimiter(',');
+    command->add_flag("--ignore-case", find.ignoreCase, "compare extensions without regard to case");
+    command->add_flag("--names", find.names, "names only, without their folder");
+    command->add_flag("--folders", find.folders, "list folders as well");
 }
 
 void defineIni(CLI::App& app, IniOptions& ini)
@@ -103,12 +124,18 @@ ExitCode run(const CLI::App& app, const Options& options)
                           " argument(s)");
     if (app.got_subcommand("log") && options.log.words.empty() != options.log.readInput)
         return wrongUsage("log takes either a MESSAGE or --stdin");
-    watchInterrupt();
+    // Clearing cannot be asked to stop: it is interrupted as any program.
+    if (!app.got_subcommand("clear"))
+        watchInterrupt();
     Session session;
     if (!session.startLog(options.session))
         return Failed;
+    if (app.got_subcommand("clear"))
+        return runClear(options.clear);
     if (app.got_subcommand("csv"))
         return runCsv(options.csv);
+    if (app.got_subcommand("find"))
+        return runFind(options.find);
     if (app.got_subcommand("ini"))
         return runIni(options.ini);
     if (app.got_subcommand("report"))
@@ -123,7 +150,9 @@ ExitCode runTool(std::vector<std::string> arguments)
     app.require_subcommand(1);
     app.fallthrough();
     defineSession(app, options.session);
+    defineClear(app, options.clear);
     defineCsv(app, options.csv);
+    defineFind(app, options.find);
     defineIni(app, options.ini);
     defineLog(app, options.log);
     defineReport(app, options.report);
