@@ -37,9 +37,8 @@ namespace ky::rc
 /// \param name null-terminated
 /// \param data the first byte when found, null otherwise
 /// \param size number of bytes when found, 0 otherwise
-/// \return whether there is a block of this name; when not, the CRITICAL message "Resource is missing " with the name
-/// is
-///         logged
+/// \return whether there is a block of this name. When not, the CRITICAL message "Resource is missing " with the name
+///         is logged.
 KY_API bool GetResource(const char* name, const char*& data, unsigned long long& size);
 
 /// Looks a block up and copies its bytes, which may be any, into `out`. When there is none, `out` is empty; the result

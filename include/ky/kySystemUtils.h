@@ -197,14 +197,13 @@ public:
     /// The keys are "operatingsystem" and "computersystem", and, with one map for each device under "1", "2" and so on,
     /// "processor", "videocontroller" and "desktopmonitor". Below them stand the columns in lower case:
     ///
-    /// | map | keys |
-    /// |---|---|
-    /// | operatingsystem | caption, buildnumber, version, osarchitecture |
-    /// | processor | caption, name, maxclockspeed (MHz) |
-    /// | videocontroller | driverdate ("YYYY-MM-DD"), driverversion, caption, adapterram (bytes), description,
-    /// currenthorizontalresolution, currentverticalresolution (pixels) | | desktopmonitor | name, screenheight,
-    /// screenwidth (pixels) | | computersystem | manufacturer, model, totalphysicalmemory (bytes), systemfamily; in the
-    /// full map also domain, username and name |
+    /// - operatingsystem: caption, buildnumber, version, osarchitecture
+    /// - processor: caption, name, maxclockspeed (MHz)
+    /// - videocontroller: driverdate ("YYYY-MM-DD"), driverversion, caption, adapterram (bytes), description,
+    ///   currenthorizontalresolution, currentverticalresolution (pixels)
+    /// - desktopmonitor: name, screenheight, screenwidth (pixels)
+    /// - computersystem: manufacturer, model, totalphysicalmemory (bytes), systemfamily; in the full map also domain,
+    ///   username and name
     ///
     /// The first call after initialization asks the system, which can take seconds; it takes no lock and should come
     /// from one thread. It uses COM on Windows and leaves the thread as it found it. Both maps are empty when the

@@ -46,7 +46,6 @@ void addIdentity(Map& report)
 
 void kySystemUtils::GenerateHardwareReport(kyVariant::kyVariantMapImpl& report, bool full)
 {
-
     Map composed;
     composed["os"] = Map{{"description", GetOSInfo()}};
     composed["processor"] = processorMap();
