@@ -17,12 +17,18 @@ std::atomic<int> sRequests{0};
 std::atomic<int> sFailing{0};
 std::atomic<long> sLive{0};
 
-void* allocate(std::size_t size)
+void* allocate(std::size_t size) noexcept
 {
     void* const memory = ++sRequests == sFailing ? nullptr : std::malloc(size == 0 ? 1 : size);
+    sLive += memory != nullptr ? 1 : 0;
+    return memory;
+}
+
+void* allocateOrThrow(std::size_t size)
+{
+    void* const memory = allocate(size);
     if (memory == nullptr)
         throw std::bad_alloc();
-    ++sLive;
     return memory;
 }
 
@@ -34,8 +40,11 @@ void release(void* memory) noexcept
 
 } // namespace
 
-void* operator new(std::size_t size) { return allocate(size); }
-void* operator new[](std::size_t size) { return allocate(size); }
+void* operator new(std::size_t size) { return allocateOrThrow(size); }
+void* operator new[](std::size_t size) { return allocateOrThrow(size); }
+// A sanitizer's own would not call the ones above.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
 void operator delete(void* memory) noexcept { release(memory); }
 void operator delete[](void* memory) noexcept { release(memory); }
 void operator delete(void* memory, std::size_t) noexcept { release(memory); }
