@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Guarded calls survive what is thrown at them, and every failure is one whole message.
 #include "diagnostics/guard_faults.h"
+#include "support/sanitizer.h"
 
 #include <ky/kyException.h>
 #include <ky/kyLog.h>
@@ -61,6 +62,8 @@ void expectFault(const std::string& message, const ky::test::FaultSample& sample
 
 TEST_F(Guard, HardwareFaultsEndTheCallAndAreReportedOnceEach)
 {
+    if (!ky::test::canSurviveFaults)
+        GTEST_SKIP() << "no faults under this sanitizer";
     for (int round = 0; round < 3; ++round)
     {
         for (const ky::test::FaultSample& sample : ky::test::faultSamples())
@@ -100,6 +103,8 @@ TEST_F(Guard, ThrownObjectsAreReportedByTheirText)
 
 TEST_F(Guard, AFaultEndsTheInnermostCallOnly)
 {
+    if (!ky::test::canSurviveFaults)
+        GTEST_SKIP() << "no faults under this sanitizer";
     std::string steps;
     ExecGuardedCode(
         [&]
@@ -116,6 +121,8 @@ TEST_F(Guard, AFaultEndsTheInnermostCallOnly)
 
 TEST_F(Guard, AFaultUnderTheLoggersLockGivesTheLockBack)
 {
+    if (!ky::test::canSurviveFaults)
+        GTEST_SKIP() << "no faults under this sanitizer";
     inHandler = [] { ky::test::commit(FaultKind::NullWrite); };
     ExecGuardedCode([] { ky::logCritical() << "fault now"; });
     inHandler = nullptr;
@@ -125,6 +132,8 @@ TEST_F(Guard, AFaultUnderTheLoggersLockGivesTheLockBack)
 
 TEST_F(Guard, EightThreadsFaultAtOnceWithWholeMessages)
 {
+    if (!ky::test::canSurviveFaults)
+        GTEST_SKIP() << "no faults under this sanitizer";
     constexpr int threads = 8;
     constexpr int rounds = 20;
     const auto samples = ky::test::faultSamples();
@@ -161,6 +170,8 @@ TEST_F(Guard, EightThreadsFaultAtOnceWithWholeMessages)
 
 TEST_F(Guard, ASignalStackOfTheThreadsOwnIsUsedAndKept)
 {
+    if (!ky::test::canSurviveFaults)
+        GTEST_SKIP() << "no faults under this sanitizer";
     std::thread(
         []
         {
@@ -183,6 +194,8 @@ TEST_F(Guard, ForcedEndOfAThreadPasses)
 
 TEST(GuardAlone, WorksWithoutTheLibrary)
 {
+    if (!ky::test::canSurviveFaults)
+        GTEST_SKIP() << "no faults under this sanitizer";
     const auto before = ky::test::faultDisposition(); // sanitizers have a handler of their own
     bool returned = false;
     ExecGuardedCode(+[] { ky::test::commit(FaultKind::NullWrite); });
