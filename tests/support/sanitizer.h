@@ -26,6 +26,9 @@ inline constexpr bool canFaultInAllocator = !underThreadSanitizer && !underAddre
 /// The address sanitizer's allocator keeps its locks in a forked child, taken by threads that are not there.
 inline constexpr bool canForkAnyTime = !underAddressSanitizer;
 
+/// The thread sanitizer ends a forked child that starts threads when its parent had some.
+inline constexpr bool canStartThreadsAfterFork = !underThreadSanitizer;
+
 /// (The object that unwinds an ending thread is no C++ object: the undefined-behaviour sanitizer, which is part of the
 /// same build, takes it for a null reference.)
 inline constexpr bool canUnwindThreads = !underAddressSanitizer;
