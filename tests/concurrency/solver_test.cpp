@@ -5,6 +5,7 @@
 #include "concurrency/sync_native.h"
 #include "diagnostics/guard_faults.h"
 #include "support/child_process.h"
+#include "support/sanitizer.h"
 
 #include <ky/kyConcurrent.h>
 
@@ -29,13 +30,6 @@ using ky::test::eventually;
 using ky::test::PoolOf;
 
 const auto* const sLibrary = testing::AddGlobalTestEnvironment(new ky::test::FullLibrary);
-
-/// The thread sanitizer takes the report of a fault for a mistake of the signal handler.
-#if defined(__SANITIZE_THREAD__)
-constexpr bool canFault = false;
-#else
-constexpr bool canFault = true;
-#endif
 
 constexpr unsigned long wakeLimitMs = 60'000;
 
@@ -214,7 +208,7 @@ TEST_P(SolverOn, HandsOnTheFirstExceptionWhenAllHaveEnded)
 /// On a worker and on the calling thread, with the mutex of the pool held and released.
 TEST_P(SolverOn, SurvivesFaultsOnEveryThread)
 {
-    if (!canFault)
+    if (!ky::test::canSurviveFaults)
         GTEST_SKIP() << "no faults under this sanitizer";
     for (int round = 0; round < 4; ++round)
     {
@@ -242,7 +236,7 @@ TEST_P(SolverOn, SurvivesFaultsOnEveryThread)
 
 TEST(TaskQueue, HoldsTheMutexAgainWhenATaskHasFailedWithoutIt)
 {
-    if (!canFault)
+    if (!ky::test::canSurviveFaults)
         GTEST_SKIP() << "no faults under this sanitizer";
     kyMutex mutex;
     kyWaitCondition condition;

@@ -2,6 +2,7 @@
 // A fault outside guarded code: its one line is in the log, and the process has ended.
 #include "diagnostics/guard_faults.h"
 #include "support/child_process.h"
+#include "support/sanitizer.h"
 #include "support/temp_dir.h"
 
 #include <gmock/gmock.h>
@@ -110,6 +111,8 @@ TEST(CrashPath, TheReportOfAGuardedFaultNeedsNoMemory)
 {
     if (onWindows())
         GTEST_SKIP() << "the heap's lock does not keep its own thread out";
+    if (!ky::test::canFaultInAllocator)
+        GTEST_SKIP() << "no faults in this sanitizer's allocator";
     const Outcome outcome = play("guarded-allocating");
     EXPECT_EQ(outcome.exitCode, 0);
     const std::regex whole("[^]*CRITICAL : [^\n]* Catch SEH Exception EXCEPTION_ACCESS_VIOLATION 0xc0000005, PID [^]*"

@@ -2,6 +2,7 @@
 #include "diagnostics/fork_while_logging.h"
 
 #include "support/child_process.h"
+#include "support/sanitizer.h"
 
 #include <csignal>
 #include <sys/wait.h>
@@ -10,15 +11,7 @@
 namespace ky::test
 {
 
-bool canFork()
-{
-#if defined(__SANITIZE_ADDRESS__)
-    // The sanitizer's allocator keeps its locks in the child, taken by threads that are not there.
-    return false;
-#else
-    return true;
-#endif
-}
+bool canFork() { return canForkAnyTime; }
 
 bool forkAndRun(const std::function<void()>& body)
 {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "diagnostics/guard_faults.h"
 
+#include "support/sanitizer.h"
+
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
@@ -16,26 +18,23 @@ void illegalInstruction() { asm volatile("ud2"); }
 
 std::vector<FaultSample> faultSamples()
 {
-    return
-    {
-        {FaultKind::NullWrite, "EXCEPTION_ACCESS_VIOLATION", "c0000005"},
-            {FaultKind::NullCall, "EXCEPTION_ACCESS_VIOLATION", "c0000005"},
-            {FaultKind::DivisionByZero, "EXCEPTION_INT_DIVIDE_BY_ZERO", "c0000094"},
-            {FaultKind::IllegalInstruction, "EXCEPTION_ILLEGAL_INSTRUCTION", "c000001d"},
-            {FaultKind::StackOverflow, "EXCEPTION_STACK_OVERFLOW", "c00000fd"},
-            {FaultKind::Breakpoint, "EXCEPTION_BREAKPOINT", "80000003"},
-            {FaultKind::TextOfNull, "EXCEPTION_ACCESS_VIOLATION", "c0000005"},
-#if !defined(KY_SANITIZED) // their allocators end the process themselves
-        {
-            FaultKind::FreeOfNothing, "EXCEPTION_ACCESS_VIOLATION", "c0000005"
-        }
-#endif
-    };
+    if (!canSurviveFaults)
+        return {};
+    std::vector<FaultSample> samples{{FaultKind::NullWrite, "EXCEPTION_ACCESS_VIOLATION", "c0000005"},
+                                     {FaultKind::NullCall, "EXCEPTION_ACCESS_VIOLATION", "c0000005"},
+                                     {FaultKind::DivisionByZero, "EXCEPTION_INT_DIVIDE_BY_ZERO", "c0000094"},
+                                     {FaultKind::IllegalInstruction, "EXCEPTION_ILLEGAL_INSTRUCTION", "c000001d"},
+                                     {FaultKind::StackOverflow, "EXCEPTION_STACK_OVERFLOW", "c00000fd"},
+                                     {FaultKind::Breakpoint, "EXCEPTION_BREAKPOINT", "80000003"},
+                                     {FaultKind::TextOfNull, "EXCEPTION_ACCESS_VIOLATION", "c0000005"}};
+    if (canFaultInAllocator)
+        samples.push_back({FaultKind::FreeOfNothing, "EXCEPTION_ACCESS_VIOLATION", "c0000005"});
+    return samples;
 }
 
 bool throwsAreStructured() { return false; }
 
-bool canEndThread() { return true; }
+bool canEndThread() { return canUnwindThreads; }
 void endThread() { pthread_exit(nullptr); }
 
 Disposition faultDisposition()

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "diagnostics/fork_while_logging.h"
+#include "support/sanitizer.h"
 
 #include <ky/kyLog.h>
 #include <ky/kyResource.h>
@@ -275,8 +276,8 @@ TEST(Resources, AForkedChildFindsThem)
 
 TEST(Lifecycle, AForkedChildMayTerminateAndInitializeAgain)
 {
-    if (!ky::test::canFork())
-        GTEST_SKIP() << "no fork here";
+    if (!ky::test::canFork() || !ky::test::canStartThreadsAfterFork)
+        GTEST_SKIP() << "no fork here, or no threads behind it";
     Library library(InitType::Full);
     kyLog::edit().installCustomHandler(nullptr, nullptr);
     const BusyThreads threads(2);
