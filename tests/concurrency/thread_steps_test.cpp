@@ -42,6 +42,8 @@ struct System
 System sSystem;
 
 constexpr std::uintptr_t toldHandle = 1;
+/// The calling thread is one of those that do as they are told.
+thread_local bool sIsTold = false;
 
 } // namespace
 
@@ -60,7 +62,15 @@ bool startThread(Thread& thread) noexcept
     sSystem.last = &thread;
     thread.handle = sSystem.losesThreads ? 0 : toldHandle;
     if (sSystem.runsBodies)
-        std::thread(thread.body, thread.argument).join();
+    {
+        std::thread(
+            [&thread]
+            {
+                sIsTold = true;
+                thread.body(thread.argument);
+            })
+            .join();
+    }
     return true;
 }
 
@@ -78,7 +88,11 @@ bool joinThread(Thread& thread) noexcept
     return true;
 }
 
-void nameCurrentThread(const std::string& name) noexcept { sSystem.name = name; }
+void nameCurrentThread(const std::string& name) noexcept
+{
+    if (sIsTold)
+        sSystem.name = name;
+}
 
 void sleepMs(std::uint64_t milliseconds) noexcept
 {
