@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "diagnostics/stack_trace_native.h"
 
+#include "diagnostics/debug_info_linux.h"
 #include "platform/demangle.h"
 
 #include <cstring>
@@ -26,11 +27,16 @@ void putSymbol(const char* name, bool memoryIsSafe, FrameText& text) noexcept
 
 } // namespace
 
-TraceSupport openTrace(const Fault&) noexcept { return TraceSupport::Ready; }
+TraceSupport openTrace(const Fault& fault) noexcept
+{
+    if (fault.memoryIsSafe)
+        openDebugInfo();
+    return TraceSupport::Ready;
+}
 
-void closeTrace() noexcept {}
+void closeTrace() noexcept { closeDebugInfo(); }
 
-void abandonTrace() noexcept {}
+void abandonTrace() noexcept { abandonDebugInfo(); }
 
 StackFrames framesOf(const Fault& fault) noexcept { return fault.frames; }
 
@@ -43,8 +49,10 @@ void describeFrame(const Fault& fault, const StackFrames& frames, std::size_t in
         return;
     text.module << withoutFolder(info.dli_fname);
     text.moduleOffset = frames.at[index] - reinterpret_cast<std::uintptr_t>(info.dli_fbase);
-    if (info.dli_sname != nullptr)
-        putSymbol(info.dli_sname, fault.memoryIsSafe, text);
+    const char* const found = readDebugInfo(address, text);
+    const char* const symbol = found == nullptr ? info.dli_sname : found;
+    if (symbol != nullptr)
+        putSymbol(symbol, fault.memoryIsSafe, text);
 }
 
 } // namespace ky::impl::native

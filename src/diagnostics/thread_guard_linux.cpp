@@ -72,16 +72,17 @@ struct Release
 
 thread_local const Release tRelease;
 
-std::uintptr_t lowestStackAddress() noexcept
+void measureStack(ThreadGuard& guard) noexcept
 {
     pthread_attr_t attributes;
     if (pthread_getattr_np(pthread_self(), &attributes) != 0)
-        return 0;
+        return;
     void* low = nullptr;
     std::size_t size = 0;
     pthread_attr_getstack(&attributes, &low, &size);
     pthread_attr_destroy(&attributes);
-    return reinterpret_cast<std::uintptr_t>(low);
+    guard.stackLow = reinterpret_cast<std::uintptr_t>(low);
+    guard.stackHigh = guard.stackLow + size;
 }
 
 /// A signal stack that the thread has made for itself stays.
@@ -120,7 +121,7 @@ ThreadGuard* makeThreadGuard() noexcept
         return nullptr;
     mprotect(memory, page, PROT_NONE);
     auto* const guard = new (static_cast<char*>(memory) + page + signalStackSize) ThreadGuard{};
-    guard->stackLow = lowestStackAddress();
+    measureStack(*guard);
     offerSignalStack(*guard);
     tRelease.arm();
     addToAll(guard);

@@ -29,7 +29,8 @@ struct ThreadGuard
     sigset_t mask; ///< signals that were blocked when it happened
     stack_t signalStack;
     std::uintptr_t stackLow; ///< 0 when unknown
-    stack_t ownSignalStack;  ///< empty while the thread uses one of its own making
+    std::uintptr_t stackHigh;
+    stack_t ownSignalStack; ///< empty while the thread uses one of its own making
     ThreadGuard* next;
     ThreadGuard* previous;
 };

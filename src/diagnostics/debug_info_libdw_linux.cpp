@@ -1,0 +1,196 @@
+// SPDX-License-Identifier: MIT
+#include "diagnostics/debug_info_linux.h"
+
+#include "concurrency/sync_native.h"
+#include "diagnostics/thread_guard_linux.h"
+#include "platform/clock_native.h"
+#include "platform/process_id_native.h"
+
+#include <atomic>
+#include <cstring>
+#include <dlfcn.h>
+#include <elfutils/libdwfl.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace ky::impl::native
+{
+
+namespace
+{
+
+struct Libdw
+{
+    decltype(&::dwfl_begin) begin = nullptr;
+    decltype(&::dwfl_end) end = nullptr;
+    decltype(&::dwfl_linux_proc_report) report = nullptr;
+    decltype(&::dwfl_report_end) reportEnd = nullptr;
+    decltype(&::dwfl_linux_proc_find_elf) findElf = nullptr;
+    decltype(&::dwfl_module_build_id) buildId = nullptr;
+    decltype(&::dwfl_addrmodule) moduleOf = nullptr;
+    decltype(&::dwfl_module_addrname) nameOf = nullptr;
+    decltype(&::dwfl_module_getsrc) lineOf = nullptr;
+    decltype(&::dwfl_lineinfo) lineInfo = nullptr;
+};
+
+enum class Library
+{
+    Unknown,
+    Ready,
+    Missing
+};
+
+/// What the library takes at once for one line table, and a good deal more.
+constexpr std::uintptr_t stackNeeded = 512 * 1024;
+/// After this no further frame is looked up.
+constexpr std::int64_t timeLimitMs = 1000;
+
+/// Process and thread that read debug information, 0 for none. Guards what follows.
+constinit std::atomic<std::uint64_t> sOwner{0};
+constinit std::atomic<bool> sBroken{false};
+constinit Libdw sLibdw;
+constinit Library sLibrary = Library::Unknown;
+constinit Dwfl* sSession = nullptr;
+constinit std::int64_t sDeadline = 0;
+
+std::uint64_t ownId() noexcept { return currentProcessId() << 32 | currentThreadId(); }
+
+bool isOwner() noexcept { return sOwner.load(std::memory_order_relaxed) == ownId(); }
+
+bool enter() noexcept
+{
+    std::uint64_t owner = sOwner.load(std::memory_order_relaxed);
+    // A forked child may find an owner here that exists in its parent only.
+    if (owner != 0 && owner >> 32 == currentProcessId())
+        return false;
+    return sOwner.compare_exchange_strong(owner, ownId(), std::memory_order_acquire);
+}
+
+void leave() noexcept { sOwner.store(0, std::memory_order_release); }
+
+bool hasStack() noexcept
+{
+    char here = 0;
+    const auto address = reinterpret_cast<std::uintptr_t>(&here);
+    return tGuard != nullptr && address < tGuard->stackHigh && address > tGuard->stackLow + stackNeeded;
+}
+
+template <typename Function>
+bool find(void* library, const char* name, Function& function) noexcept
+{
+    function = reinterpret_cast<Function>(dlsym(library, name));
+    return function != nullptr;
+}
+
+/// At run time, so that programs start without it.
+Library load() noexcept
+{
+    void* const library = dlopen("libdw.so.1", RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr)
+        return Library::Missing;
+    const bool all =
+        find(library, "dwfl_begin", sLibdw.begin) && find(library, "dwfl_end", sLibdw.end) &&
+        find(library, "dwfl_linux_proc_report", sLibdw.report) && find(library, "dwfl_report_end", sLibdw.reportEnd) &&
+        find(library, "dwfl_linux_proc_find_elf", sLibdw.findElf) &&
+        find(library, "dwfl_module_build_id", sLibdw.buildId) && find(library, "dwfl_addrmodule", sLibdw.moduleOf) &&
+        find(library, "dwfl_module_addrname", sLibdw.nameOf) && find(library, "dwfl_module_getsrc", sLibdw.lineOf) &&
+        find(library, "dwfl_lineinfo", sLibdw.lineInfo);
+    return all ? Library::Ready : Library::Missing;
+}
+
+int findElf(Dwfl_Module* module, void** user, const char* name, Dwarf_Addr base, char** file, Elf** elf)
+{
+    return sLibdw.findElf(module, user, name, base, file, elf);
+}
+
+/// Debug information that was split off and lies where the system keeps it. The library's own search would also ask
+/// servers.
+int findDebugFile(Dwfl_Module* module, void**, const char*, Dwarf_Addr, const char*, const char*, GElf_Word,
+                  char** name)
+{
+    const unsigned char* id = nullptr;
+    GElf_Addr at = 0;
+    const int size = sLibdw.buildId(module, &id, &at);
+    if (size < 2)
+        return -1;
+    FixedText<256> path;
+    path << "/usr/lib/debug/.build-id/";
+    for (int n = 0; n < size; ++n)
+    {
+        path.hex(id[n] >> 4U).hex(id[n] & 0xFU);
+        if (n == 0)
+            path << "/";
+    }
+    path << ".debug";
+    *name = ::strndup(path.view().data(), path.view().size());
+    return *name == nullptr ? -1 : ::open(*name, O_RDONLY | O_CLOEXEC);
+}
+
+constexpr Dwfl_Callbacks callbacks = {&findElf, &findDebugFile, nullptr, nullptr};
+
+bool beginSession() noexcept
+{
+    if (sLibrary == Library::Unknown)
+        sLibrary = load();
+    if (sLibrary != Library::Ready)
+        return false;
+    sDeadline = ticksSinceStartMs() + timeLimitMs;
+    sSession = sLibdw.begin(&callbacks);
+    if (sSession == nullptr)
+        return false;
+    // Notes where modules are; opens none.
+    if (sLibdw.report(sSession, ::getpid()) == 0 && sLibdw.reportEnd(sSession, nullptr, nullptr) == 0)
+        return true;
+    sLibdw.end(sSession);
+    return false;
+}
+
+} // namespace
+
+bool openDebugInfo() noexcept
+{
+    if (sBroken || !hasStack() || !enter())
+        return false;
+    if (beginSession())
+        return true;
+    leave();
+    return false;
+}
+
+void closeDebugInfo() noexcept
+{
+    if (!isOwner())
+        return;
+    sLibdw.end(sSession);
+    leave();
+}
+
+void abandonDebugInfo() noexcept
+{
+    if (!isOwner())
+        return;
+    sBroken = true;
+    leave();
+}
+
+const char* readDebugInfo(std::uintptr_t address, FrameText& text) noexcept
+{
+    if (!isOwner() || ticksSinceStartMs() > sDeadline)
+        return nullptr;
+    Dwfl_Module* const module = sLibdw.moduleOf(sSession, address);
+    if (module == nullptr)
+        return nullptr;
+    int line = 0;
+    Dwfl_Line* const found = sLibdw.lineOf(module, address);
+    const char* const file =
+        found == nullptr ? nullptr : sLibdw.lineInfo(found, nullptr, &line, nullptr, nullptr, nullptr);
+    if (file != nullptr && line > 0)
+    {
+        const char* const slash = std::strrchr(file, '/');
+        text.file << (slash == nullptr ? file : slash + 1);
+        text.line = static_cast<std::uint64_t>(line);
+    }
+    return sLibdw.nameOf(module, address);
+}
+
+} // namespace ky::impl::native
