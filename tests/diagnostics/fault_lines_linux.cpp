@@ -71,7 +71,7 @@ constexpr const char* withoutNames = "#0 @0x[0-9a-f]+ \\[diagnostics_fault_lines
 
 TEST_F(FaultLines, AFunctionOfOneFileIsNamedWithItsLine)
 {
-    const std::string line = " line:" + std::to_string(lineOfFault) + " fault_lines_test.cpp [";
+    const std::string line = " line:" + std::to_string(lineOfFault) + " fault_lines_linux.cpp [";
     for (int round = 0; round < 3; ++round)
     {
         SCOPED_TRACE(round);
