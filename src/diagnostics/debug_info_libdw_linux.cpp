@@ -121,9 +121,11 @@ int findDebugFile(Dwfl_Module* module, void**, const char*, Dwarf_Addr, const ch
         if (n == 0)
             path << "/";
     }
-    path << ".debug";
-    *name = ::strndup(path.view().data(), path.view().size());
-    return *name == nullptr ? -1 : ::open(*name, O_RDONLY | O_CLOEXEC);
+    path << std::string_view(".debug\0", 7);
+    const int file = ::open(path.view().data(), O_RDONLY | O_CLOEXEC);
+    if (file >= 0)
+        *name = ::strdup(path.view().data()); // the library frees it, with a file only
+    return file;
 }
 
 constexpr Dwfl_Callbacks callbacks = {&findElf, &findDebugFile, nullptr, nullptr};
