@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "diagnostics/signal_table_linux.h"
 
+#include "concurrency/sync_native.h"
+#include "diagnostics/crash_output_native.h"
 #include "platform/processor.h"
 
 #include <atomic>
@@ -83,6 +85,50 @@ void endBy(int number, bool willFaultAgain) noexcept
     syscall(SYS_tgkill, getpid(), gettid(), number);
 }
 
+/// Milliseconds that a thread waits for another one's report, before it ends the process.
+constexpr int patience = 1500;
+
+/// The thread whose signal is being reported.
+std::atomic<std::uint32_t> sReporter{0};
+
+/// One thread at a time: what ends the process would also cut off the report that another thread is writing.
+class Turn
+{
+public:
+    Turn() noexcept
+    {
+        const std::uint32_t self = currentThreadId();
+        for (int waited = 0; waited <= patience; ++waited)
+        {
+            std::uint32_t reporter = 0;
+            mIsOwn = sReporter.compare_exchange_strong(reporter, self);
+            if (mIsOwn || reporter == self) // a fault of the report itself
+                return;
+            pauseBriefly();
+        }
+    }
+    ~Turn()
+    {
+        if (mIsOwn)
+            sReporter = 0;
+    }
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+
+private:
+    bool mIsOwn = false;
+};
+
+/// Reported at most once. Whether it was, by this call.
+bool reportOnce(Entry& entry, SignalOrigin origin) noexcept
+{
+    const Turn turn;
+    const SignalReport report = entry.report.exchange(nullptr);
+    if (report != nullptr)
+        report(entry.number, origin);
+    return report != nullptr;
+}
+
 } // namespace
 
 void installHandlers(SignalHandler handler) noexcept
@@ -120,12 +166,10 @@ void passOn(int number, siginfo_t* info, void* context) noexcept
     Entry& entry = entryOf(number);
     const bool fault = isFault(*info);
     const bool raised = !fault && raisedByThread(number, *info, context);
-    const SignalReport report = entry.report.exchange(nullptr);
-    if (report != nullptr)
-        report(number, raised ? SignalOrigin::Raised : SignalOrigin::Fault);
+    const bool isReported = reportOnce(entry, raised ? SignalOrigin::Raised : SignalOrigin::Fault);
     if (isFunction(entry.previous))
         return callPrevious(entry.previous, number, info, context);
-    const bool isOver = raised && report != nullptr;
+    const bool isOver = raised && isReported;
     const bool isIgnored = !fault && entry.previous.sa_handler == SIG_IGN;
     if (!isOver && !isIgnored)
         endBy(number, fault && number != SIGTRAP);
