@@ -291,7 +291,7 @@ TEST_P(LoopsOn, BeginNoBlockAfterACancellation)
         ++bodies;
     };
     EXPECT_FALSE(parallelFor(0, 100'000'000, body, 1, &recorder));
-    EXPECT_GT(bodies, 100);
+    EXPECT_GT(bodies, 0) << "the one that cancels";
     EXPECT_LT(bodies, 100'000'000);
     EXPECT_FLOAT_EQ(recorder.getGlobalProgress(), 1) << "the group has been ended";
 
