@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Rows: mutex/uncontended, mutex/two_threads, condition/ping_pong, semaphore/uncontended, mutex_named/uncontended.
-#include <ky/kyLog.h>
+#include "library.h"
+
 #include <ky/kyMutex.h>
 #include <ky/kySemaphore.h>
-#include <ky/kySystem.h>
 #include <ky/kyWaitCondition.h>
 
 #include <benchmark/benchmark.h>
@@ -29,17 +29,7 @@
 namespace
 {
 
-/// Wait conditions take the implementation that a fully initialized library has.
-struct Library
-{
-    Library()
-    {
-        ky::initializeKySystem(ky::InitType::Full, false);
-        ky::kyLog::edit().setEchoToConsole(false);
-    }
-    ~Library() { ky::terminateKySystem(); }
-};
-const Library sLibrary;
+const ky::bench::Library sLibrary;
 
 template <typename Lock>
 void uncontended(benchmark::State& state)

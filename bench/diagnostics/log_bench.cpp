@@ -11,14 +11,14 @@
 #include <fstream>
 #include <string>
 
-#if defined(HAVE_SPDLOG)
+#if defined(KY_PEER_SPDLOG)
 #include <spdlog/sinks/null_sink.h>
 #include <spdlog/spdlog.h>
 #endif
-#if defined(HAVE_POCO)
+#if defined(KY_PEER_POCO)
 #include <Poco/Logger.h>
 #endif
-#if defined(HAVE_QT)
+#if defined(KY_PEER_QT)
 #include <QLoggingCategory>
 #endif
 
@@ -132,7 +132,7 @@ void offKy(benchmark::State& state)
 }
 BENCHMARK(offKy)->Name("log_off/three_values/ky");
 
-#if defined(HAVE_SPDLOG)
+#if defined(KY_PEER_SPDLOG)
 void offSpdlog(benchmark::State& state)
 {
     spdlog::logger logger("bench", std::make_shared<spdlog::sinks::null_sink_mt>());
@@ -149,7 +149,7 @@ void offSpdlog(benchmark::State& state)
 BENCHMARK(offSpdlog)->Name("log_off/three_values/spdlog");
 #endif
 
-#if defined(HAVE_POCO)
+#if defined(KY_PEER_POCO)
 void offPoco(benchmark::State& state)
 {
     Poco::Logger& logger = Poco::Logger::get("bench");
@@ -166,7 +166,7 @@ void offPoco(benchmark::State& state)
 BENCHMARK(offPoco)->Name("log_off/three_values/poco");
 #endif
 
-#if defined(HAVE_QT)
+#if defined(KY_PEER_QT)
 Q_LOGGING_CATEGORY(benchCategory, "bench", QtWarningMsg)
 
 void offQt(benchmark::State& state)

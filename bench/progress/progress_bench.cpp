@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Rows: progress/update (three nested groups), progress/begin_end, progress/proxy, progress/poll,
 // progress/poll_all_ways.
-#include <ky/kyLog.h>
+#include "library.h"
+
 #include <ky/kyProgressNotifier.h>
-#include <ky/kySystem.h>
 
 #include <benchmark/benchmark.h>
 
@@ -18,17 +18,7 @@
 namespace
 {
 
-/// Locks take the implementation that a fully initialized library has.
-struct Library
-{
-    Library()
-    {
-        ky::initializeKySystem(ky::InitType::Full, false);
-        ky::kyLog::edit().setEchoToConsole(false);
-    }
-    ~Library() { ky::terminateKySystem(); }
-};
-const Library sLibrary;
+const ky::bench::Library sLibrary;
 
 constexpr double stepMax = 1e15;
 

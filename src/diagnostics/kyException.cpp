@@ -23,14 +23,12 @@ struct Report
 {
     native::Fault& fault;
     FaultText text;
-    bool isComposed = false;
 };
 
 void composeAndWrite(void* argument)
 {
     Report& report = *static_cast<Report*>(argument);
     composeFault(report.text, report.fault);
-    report.isComposed = true;
     if (report.fault.memoryIsSafe)
         reportText(report.text.view());
     else
