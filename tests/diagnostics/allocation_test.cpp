@@ -1,60 +1,18 @@
 // SPDX-License-Identifier: MIT
 // Memory that runs out at the n-th request while a message is made, filled and delivered.
+#include "support/failing_new.h"
 #include "support/temp_dir.h"
 
 #include <ky/kyLog.h>
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <cstdlib>
-#include <new>
 #include <thread>
 
 namespace
 {
 
-std::atomic<int> sRequests{0};
-std::atomic<int> sFailFrom{0};
-std::atomic<int> sFailTo{0};
-std::atomic<long> sLive{0};
-
-void* allocate(std::size_t size) noexcept
-{
-    const int request = ++sRequests;
-    if (request >= sFailFrom && request < sFailTo)
-        return nullptr;
-    void* const memory = std::malloc(size == 0 ? 1 : size);
-    sLive += memory != nullptr ? 1 : 0;
-    return memory;
-}
-
-void* allocateOrThrow(std::size_t size)
-{
-    if (void* const memory = allocate(size))
-        return memory;
-    throw std::bad_alloc();
-}
-
-void release(void* memory) noexcept
-{
-    sLive -= memory != nullptr ? 1 : 0;
-    std::free(memory);
-}
-
-} // namespace
-
-void* operator new(std::size_t size) { return allocateOrThrow(size); }
-void* operator new[](std::size_t size) { return allocateOrThrow(size); }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
-void operator delete(void* memory) noexcept { release(memory); }
-void operator delete[](void* memory) noexcept { release(memory); }
-void operator delete(void* memory, std::size_t) noexcept { release(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { release(memory); }
-
-namespace
-{
+using ky::test::memoryRequests;
 
 using ky::kyLog;
 
@@ -87,14 +45,12 @@ TEST(NoMemory, AtAnyRequestNothingEscapesAndNothingLeaks)
         bool failed = true;
         for (int n = 1; failed; ++n)
         {
-            const long before = sLive;
-            sRequests = 0;
-            sFailFrom = n;
-            sFailTo = forEver ? 1000000 : n + 1;
+            const long before = memoryRequests.live;
+            memoryRequests.failAt(n, forEver);
             makeFillAndDeliver(longText);
-            failed = sRequests >= n;
-            sFailFrom = sFailTo = 0;
-            ASSERT_EQ(sLive, before) << "leak when request " << n << " fails";
+            failed = memoryRequests.made >= n;
+            memoryRequests.failNoMore();
+            ASSERT_EQ(memoryRequests.live, before) << "leak when request " << n << " fails";
             ASSERT_LT(n, 500);
         }
     }
@@ -117,16 +73,14 @@ TEST(NoMemory, ShortLinesNeedNone)
     const std::string message = "written without memory";
     kyLog::createInstance(true);
     kyLog::edit().installFileHandlerUtf8(path);
-    sRequests = 0;
-    sFailFrom = 1;
-    sFailTo = 1000000;
+    memoryRequests.failAt(1, true);
     kyLog::edit().Write(message, ky::kyLogType::INFO, "");
-    sFailFrom = sFailTo = 0;
+    memoryRequests.failNoMore();
     kyLog::edit().Write("behind", ky::kyLogType::INFO, "");
     kyLog::destroyInstance();
     const std::string content = ky::test::readFile(path);
     EXPECT_NE(content.find("behind\r\n"), std::string::npos);
-    if (sRequests == 0)
+    if (memoryRequests.made == 0)
     {
         EXPECT_NE(content.find(message), std::string::npos);
     }

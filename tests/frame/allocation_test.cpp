@@ -1,57 +1,19 @@
 // SPDX-License-Identifier: MIT
 // Memory that runs out at the n-th request of an initialization.
+#include "support/failing_new.h"
+
 #include <ky/kyLog.h>
 #include <ky/kyResource.h>
 #include <ky/kySystem.h>
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <cstdlib>
 #include <new>
 
 namespace
 {
 
-std::atomic<int> sRequests{0};
-std::atomic<int> sFailing{0};
-std::atomic<long> sLive{0};
-
-void* allocate(std::size_t size) noexcept
-{
-    void* const memory = ++sRequests == sFailing ? nullptr : std::malloc(size == 0 ? 1 : size);
-    sLive += memory != nullptr ? 1 : 0;
-    return memory;
-}
-
-void* allocateOrThrow(std::size_t size)
-{
-    void* const memory = allocate(size);
-    if (memory == nullptr)
-        throw std::bad_alloc();
-    return memory;
-}
-
-void release(void* memory) noexcept
-{
-    sLive -= memory != nullptr ? 1 : 0;
-    std::free(memory);
-}
-
-} // namespace
-
-void* operator new(std::size_t size) { return allocateOrThrow(size); }
-void* operator new[](std::size_t size) { return allocateOrThrow(size); }
-// A sanitizer's own would not call the ones above.
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
-void operator delete(void* memory) noexcept { release(memory); }
-void operator delete[](void* memory) noexcept { release(memory); }
-void operator delete(void* memory, std::size_t) noexcept { release(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { release(memory); }
-
-namespace
-{
+using ky::test::memoryRequests;
 
 const char bytes[] = "bytes";
 const ky::rc::impl::EmbeddedResource blocks[] = {{"a block with a name that needs memory of its own", bytes, bytes + 5},
@@ -80,13 +42,12 @@ TEST(NoMemory, AFailedInitializationIsCountedAndLeavesNothing)
         bool good = false;
         for (int n = 1; !good; ++n)
         {
-            const long before = sLive;
-            sRequests = 0;
-            sFailing = n;
+            const long before = memoryRequests.live;
+            memoryRequests.failAt(n);
             good = initialize(type);
-            sFailing = 0;
+            memoryRequests.failNoMore();
             ky::terminateKySystem();
-            ASSERT_EQ(sLive, before) << "leak when request " << n << " fails";
+            ASSERT_EQ(memoryRequests.live, before) << "leak when request " << n << " fails";
             ASSERT_EQ(ky::kyLog::editPtr(), nullptr);
             ASSERT_LT(n, 1000);
         }
