@@ -51,6 +51,20 @@ function(ky_test name)
   endif()
 endfunction()
 
+# ky_example(<name> <file.cpp>)
+# A small program that uses the library as its users do. The tests run it in an empty folder of its own; it returns 0 when
+# what it shows is true.
+function(ky_example name file)
+  add_executable(${name} "${file}")
+  target_compile_features(${name} PRIVATE cxx_std_17)
+  target_link_libraries(${name} PRIVATE ky_build_options ky::kySystem)
+  if(KYSYSTEM_BUILD_TESTS)
+    file(MAKE_DIRECTORY "${CMAKE_BINARY_DIR}/examples-run/${name}")
+    add_test(NAME ${name} COMMAND ${name} WORKING_DIRECTORY "${CMAKE_BINARY_DIR}/examples-run/${name}")
+    set_tests_properties(${name} PROPERTIES LABELS examples TIMEOUT 60)
+  endif()
+endfunction()
+
 # ky_bench(<room> <file.cpp>... [LIBS <target>...] [DEFS <definition>...])
 # PEERS names what stands beside us in the rows: Qt, Poco. Each is optional, and its rows are there when it is installed:
 # KY_PEER_QT, KY_PEER_POCO are defined then.

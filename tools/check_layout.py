@@ -14,7 +14,7 @@ import sys
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
-CODE_DIRS = ("include", "src", "tools", "examples", "tests", "bench", "fuzz")
+CODE_DIRS = ("include", "src", "tools", "examples", "docs", "tests", "bench", "fuzz")
 MAX_FILE_LINES = 700
 MAX_NATIVE_LINES = 200
 MAX_TWIN_SHARE = 0.10
