@@ -57,15 +57,18 @@ class LoopTask;
 class KY_API BlockLoop : public ConcurrentPool::SolverBase
 {
 public:
+    /// `notifier` is not owned and may be null.
     BlockLoop(std::uint64_t count, std::uint64_t grain, kyProgressNotifierInterface* notifier);
     ~BlockLoop() override;
 
+    /// Number of blocks.
     [[nodiscard]] std::uint64_t blockCount() const;
 
     /// Once. False when it was cancelled before everything was done.
     bool run();
 
 protected:
+    /// Does block number `block`, the offsets `first` up to, not including, `last`.
     virtual void runBlock(std::uint64_t block, std::uint64_t first, std::uint64_t last) = 0;
 
 private:
@@ -79,10 +82,12 @@ private:
     kyProgressNotifierInterface* mNotifier; ///< not owned
 };
 
+/// A loop whose blocks are done by a function of block, first and last offset, which it does not own.
 template <typename Function>
 class BlockLoopOf final : public BlockLoop
 {
 public:
+    /// `function` must outlive the loop.
     BlockLoopOf(std::uint64_t count, std::uint64_t grain, kyProgressNotifierInterface* notifier, Function& function)
         : BlockLoop(count, grain, notifier),
           mFunction(function)
@@ -98,6 +103,7 @@ private:
     Function& mFunction;
 };
 
+/// Makes a loop and runs it.
 template <typename Function>
 bool runBlocks(std::uint64_t count, std::uint64_t grain, kyProgressNotifierInterface* notifier, Function&& function)
 {
@@ -110,15 +116,18 @@ template <typename Begin, typename End>
 class IndexRange
 {
 public:
-    using Index = std::common_type_t<Begin, End>;
+    using Index = std::common_type_t<Begin, End>; ///< type of an index
     static_assert(std::is_integral_v<Index> && !std::is_same_v<Index, bool>, "indices are integers");
 
+    /// From `begin` up to, not including, `end`.
     IndexRange(Begin begin, End end) : mBegin(static_cast<Index>(begin)), mEnd(static_cast<Index>(end)) {}
 
+    /// Number of indices.
     [[nodiscard]] std::uint64_t count() const
     {
         return mBegin < mEnd ? static_cast<Unsigned>(static_cast<Unsigned>(mEnd) - static_cast<Unsigned>(mBegin)) : 0;
     }
+    /// The index at an offset below count().
     [[nodiscard]] Index at(std::uint64_t offset) const
     {
         return static_cast<Index>(static_cast<Unsigned>(mBegin) + static_cast<Unsigned>(offset));
@@ -134,9 +143,10 @@ private:
 template <typename Value>
 struct BlockResult
 {
-    Value value;
+    Value value; ///< the result
 };
 
+/// The result of one block of `reduce`.
 template <typename Value, typename Range, typename Map, typename Combine>
 Value reduceBlock(const Range& range, std::uint64_t first, std::uint64_t last, const Value& identity, Map& map,
                   Combine& combine)
@@ -251,6 +261,7 @@ template <typename Begin, typename End, typename Value, typename Map, typename C
 /// Calls every function once, each possibly on another thread.
 ///
 /// \param notifier counts functions; null: no progress, no cancellation
+/// \param functions callables without arguments
 /// \return whether all were called; false only after a cancellation
 template <typename... Functions>
 bool invoke(kyProgressNotifierInterface* notifier, Functions&&... functions)

@@ -29,7 +29,7 @@ class Batch;
 class KY_API ConcurrentPool
 {
 public:
-    class Worker;
+    class Worker; ///< private to the library
 
     /// A piece of work for one thread at a time. The destructor and execute() are the first two virtual operations.
     class KY_API Task
@@ -53,8 +53,11 @@ public:
 
     protected:
         Task() = default;
+        /// For subclasses whose values may be copied.
+        /// @{
         Task(const Task&) = default;
         Task& operator=(const Task&) = default;
+        /// @}
     };
 
     /// Releases a mutex that is held for a scope, for the part of Task::execute() that computes.

@@ -61,10 +61,10 @@ public:
     /// The answer of the processor to one CPUID query.
     struct Registers
     {
-        std::uint32_t eax = 0;
-        std::uint32_t ebx = 0;
-        std::uint32_t ecx = 0;
-        std::uint32_t edx = 0;
+        std::uint32_t eax = 0; ///< register EAX
+        std::uint32_t ebx = 0; ///< register EBX
+        std::uint32_t ecx = 0; ///< register ECX
+        std::uint32_t edx = 0; ///< register EDX
     };
 
     /// Most leaves kept of either range, against a processor (or a virtual machine) that announces nonsense.

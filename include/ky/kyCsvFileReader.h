@@ -50,8 +50,8 @@ class CsvWalk;
 class KY_API kyCsvFileReader
 {
 public:
-    using Row = std::vector<kyVariant>;
-    using Table = std::vector<Row>;
+    using Row = std::vector<kyVariant>; ///< the cells of a row, from the left
+    using Table = std::vector<Row>;     ///< the rows, from the top
 
     /// A reader without a file, with `,` between columns and `"` as quote. With `enableTypeGuess` every cell becomes
     /// what `kyVariant::BuildFromString` makes of its text (an Integer, a Real or a String); otherwise every cell is a
@@ -60,10 +60,15 @@ public:
 
     /// A copy holds the table, the last error and the settings. It has no open file and no file name, so that
     /// `setFileName` opens the file for it.
+    /// @{
     kyCsvFileReader(const kyCsvFileReader& other);
     kyCsvFileReader& operator=(const kyCsvFileReader& other);
+    /// @}
+    /// Takes everything over, the open file included; `other` is to be assigned or destroyed only.
+    /// @{
     kyCsvFileReader(kyCsvFileReader&& other) noexcept;
     kyCsvFileReader& operator=(kyCsvFileReader&& other) noexcept;
+    /// @}
     ~kyCsvFileReader();
 
     /// Closes the file that was open and opens the one at `path` (UTF-8). When it cannot be opened, or is a folder,
@@ -73,8 +78,10 @@ public:
 
     /// Delimiters are single ASCII characters; a value of 128 or above never matches. Where both are equal, the
     /// character is the quote. Neither is to be changed while a file is half read.
+    /// @{
     void setColumnDelimiter(char delimiter) { mColumnDelimiter = delimiter; }
     void setStringDelimiter(char delimiter) { mStringDelimiter = delimiter; }
+    /// @}
 
     /// Takes effect with the next row that is read.
     void setEnableTypeGuess(bool enable) { mTypeGuess = enable; }
@@ -114,8 +121,10 @@ public:
 
     /// Size of the file as `startParsing` found it, and the bytes of it behind the rows read so far; 0 before. To show
     /// the progress of reading in portions.
+    /// @{
     std::uint64_t getFileSize() const { return mFileSize; }
     std::uint64_t getParsedSize() const { return mBytesRead - (mBufferEnd - mBufferPos); }
+    /// @}
 
     /// Why the last operation failed; empty after `startParsing`.
     const std::string& getLastError() const { return mLastError; }

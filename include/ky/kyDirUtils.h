@@ -28,6 +28,8 @@ struct KY_API kyFileInfoUtf8
     /// Back to the state of a new record.
     void clearInfos();
 
+    /// Whether all members are equal.
+    /// @{
     [[nodiscard]] bool operator==(const kyFileInfoUtf8& other) const;
     [[nodiscard]] bool operator!=(const kyFileInfoUtf8& other) const { return !(*this == other); }
 };
@@ -53,7 +55,9 @@ public:
     /// `a` and `b` with one separator between them: a '/' is inserted when neither has one there, and the first
     /// character of `b` is dropped when both have. An empty operand gives the other one.
     [[nodiscard]] static std::string JoinPath(const std::string& a, const std::string& b);
+    /// Three parts, joined from the left.
     [[nodiscard]] static std::string JoinPath(const std::string& a, const std::string& b, const std::string& c);
+    /// Four parts, joined from the left.
     [[nodiscard]] static std::string JoinPath(const std::string& a, const std::string& b, const std::string& c,
                                               const std::string& d);
 
@@ -109,6 +113,7 @@ public:
     /// Whether something of this name exists: a folder counts as well. A link counts when what it leads to exists.
     [[nodiscard]] static bool FileExistsUtf8(const std::string& path);
 
+    /// Whether this is a folder, or a link to one.
     [[nodiscard]] static bool DirExistsUtf8(const std::string& path);
 
     /// Fills the record; see kyFileInfoUtf8. When the query fails only the path is set.
@@ -177,15 +182,15 @@ public:
     /// @}
 
     /// \name Well-known folders
-    /// As the system spells them; "." when it does not know.
+    /// As the system spells them; "." when it does not know. On Linux they need not exist.
     /// @{
-    [[nodiscard]] static std::string GetFontFolderUtf8();
-    [[nodiscard]] static std::string GetCommonAppDataFolderUtf8();
-    [[nodiscard]] static std::string GetLocalAppDataFolderUtf8();
-    [[nodiscard]] static std::string GetAppDataFolderUtf8();
-    [[nodiscard]] static std::string GetPicturesFolderUtf8();
-    [[nodiscard]] static std::string GetDocumentsFolderUtf8();
-    [[nodiscard]] static std::string GetDownloadFolderUtf8();
+    [[nodiscard]] static std::string GetFontFolderUtf8();          ///< fonts that are installed for everybody
+    [[nodiscard]] static std::string GetCommonAppDataFolderUtf8(); ///< data of applications for all users
+    [[nodiscard]] static std::string GetLocalAppDataFolderUtf8();  ///< data of applications that stays on this machine
+    [[nodiscard]] static std::string GetAppDataFolderUtf8();       ///< settings of applications
+    [[nodiscard]] static std::string GetPicturesFolderUtf8();      ///< the user's pictures
+    [[nodiscard]] static std::string GetDocumentsFolderUtf8();     ///< the user's documents
+    [[nodiscard]] static std::string GetDownloadFolderUtf8();      ///< what the user's browser has fetched
     /// @}
 
     /// Walks through folders: derive from it and override what should be seen; what is not overridden lets the walk go
@@ -203,8 +208,11 @@ public:
     {
     public:
         FileSystemVisitor();
+        /// A visitor of its own; not to be used while `other` walks.
+        /// @{
         FileSystemVisitor(const FileSystemVisitor& other);
         FileSystemVisitor& operator=(const FileSystemVisitor& other);
+        /// @}
         virtual ~FileSystemVisitor();
 
         /// `folder` is the root as given to visit(), or a folder below it joined with '/'. Names are bare names. The
@@ -216,7 +224,10 @@ public:
         virtual bool onLeaveFolder(const std::string& folder);
         /// @}
 
+        /// Walks through `root`.
+        ///
         /// \param root an empty text means the root folder of the current drive
+        /// \param recursive whether folders below the root are entered
         /// \param filters extensions, with or without their dot, of the files to report; null or empty for all files.
         ///        Empty ones are ignored. A filter is compared with the end of the name. Folders are not filtered.
         /// \param caseInsensitive compare with A-Z folded
@@ -245,8 +256,11 @@ public:
     public:
         /// The vectors are not owned and must outlive the walk; a null one means that those names are not stored.
         GlobFileAndFolderFunctor(std::vector<std::string>* files, std::vector<std::string>* folders, bool fullPath);
+        /// Collects into the same vectors.
+        /// @{
         GlobFileAndFolderFunctor(const GlobFileAndFolderFunctor& other);
         GlobFileAndFolderFunctor& operator=(const GlobFileAndFolderFunctor& other);
+        /// @}
         ~GlobFileAndFolderFunctor() override;
 
         bool onEnterFolder(const std::string& folder) override;

@@ -8,6 +8,8 @@
 /// `KY_STATIC` is defined by the build for users of the static library; `KY_BUILDING` only while the shared library
 /// itself is compiled.
 
+/// \def KY_API
+/// Marks what the library exports.
 #if defined(KY_STATIC)
 #define KY_API
 #elif defined(_WIN32)

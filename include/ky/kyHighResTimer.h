@@ -15,9 +15,13 @@
 class KY_API kyHighResTimer
 {
 public:
+    /// Stopped, reading 0.
     kyHighResTimer();
+    /// A stopwatch of its own with the same readings.
+    /// @{
     kyHighResTimer(const kyHighResTimer& other);
     kyHighResTimer& operator=(const kyHighResTimer& other);
+    /// @}
     ~kyHighResTimer();
 
     /// Starts from now, also while running.
@@ -26,6 +30,7 @@ public:
     /// Keeps the end. Nothing when stopped already: the first end stays.
     void stop();
 
+    /// Whether it has been started and not stopped.
     [[nodiscard]] bool isRunning() const;
 
     /// Back to a new timer.

@@ -33,13 +33,15 @@ public:
     /// Every value but 1 counts as exclusive.
     enum LockType : int
     {
-        LockExclusive = 0,
-        LockShared = 1
+        LockExclusive = 0, ///< one holder
+        LockShared = 1     ///< any number of holders that all share
     };
 
     /// Holds nothing.
     kyLockFile();
+    /// Holds the same lock.
     kyLockFile(const kyLockFile& other);
+    /// Takes the lock over; `other` holds nothing.
     kyLockFile(kyLockFile&& other) noexcept;
 
     /// A lock that is held is given up as by the destructor.
@@ -56,13 +58,17 @@ public:
     ///
     /// \param path UTF-8; its folder must exist
     /// \param alreadyExisted unless null, set to whether the file was there before: left behind, or held by others
+    /// \param type exclusive, or shared with other shared holders
     /// \return whether the lock is held now; when not, the object holds nothing
     bool takeLockUtf8(const std::string& path, bool* alreadyExisted = nullptr, LockType type = LockExclusive);
 
+    /// Gives the lock up.
+    ///
     /// \param removeFile the file goes as well, unless another shared holder remains
     /// \return false when no lock was held
     bool releaseLock(bool removeFile);
 
+    /// Whether this object holds a lock.
     [[nodiscard]] bool isLocked() const;
 
     /// A self-test in `folder`, with the files "file_shared.lock" and "file_ex.lock", which are removed in the end.

@@ -34,11 +34,11 @@ namespace ky
 /// Code that is compiled with a macro named `DEBUG` writes `kyLogType::Debug`, which is the same value.
 enum class kyLogType : std::int32_t
 {
-    DEBUG = 0,
-    INFO = 1,
-    WARNING = 2,
-    CRITICAL = 3,
-    Debug = DEBUG
+    DEBUG = 0,    ///< for developers; off until it is enabled, and by sub-types
+    INFO = 1,     ///< the ordinary course of things
+    WARNING = 2,  ///< something failed, and the work goes on
+    CRITICAL = 3, ///< something failed that should not
+    Debug = DEBUG ///< the same as DEBUG
 };
 
 class kyMutex;
@@ -49,6 +49,7 @@ struct LogData;
 struct HeldLogLocks;
 class LogText;
 
+/// Gives back the locks of the logger that code abandoned by a fault held.
 void releaseLogLocks(const HeldLogLocks& keep) noexcept;
 
 /// Type of a message builder that keeps and writes nothing.
@@ -95,8 +96,10 @@ public:
     KY_API static void destroyInstance();
 
     /// The logger, which must exist.
+    /// @{
     static const kyLog& get() { return *msInstance; }
     static kyLog& edit() { return *msInstance; }
+    /// @}
 
     /// The logger, null when there is none.
     [[nodiscard]] static kyLog* editPtr() { return msInstance; }
@@ -115,6 +118,7 @@ public:
         if (isKnown(type))
             mTypeEnabled[indexOf(type)].store(enabled, std::memory_order_relaxed);
     }
+    /// Whether log objects of this type are kept.
     [[nodiscard]] bool isLogTypeEnabled(kyLogType type) const
     {
         return isKnown(type) && mTypeEnabled[indexOf(type)].load(std::memory_order_relaxed);
@@ -295,7 +299,8 @@ public:
     /// Whether insertions are kept. Lets callers skip costly arguments.
     [[nodiscard]] bool isOn() const noexcept { return mType != impl::switchedOff; }
 
-    /// Null appears as "[NullPtr]".
+    /// Appends a text as it is. Null appears as "[NullPtr]".
+    /// @{
     kyLogObject& operator<<(const char* text)
     {
         if (isOn())
@@ -309,6 +314,10 @@ public:
 
     kyLogObject& operator<<(const std::string& text) { return insert(std::string_view(text)); }
     kyLogObject& operator<<(std::string_view text) { return insert(text); }
+    /// @}
+
+    /// Appends the value as a standard stream shows it under the classic locale.
+    /// @{
     kyLogObject& operator<<(char value) { return insert(std::string_view(&value, 1)); }
     kyLogObject& operator<<(bool value) { return insert(value); }
     kyLogObject& operator<<(short value) { return insert(value); }
@@ -323,10 +332,13 @@ public:
     kyLogObject& operator<<(double value) { return insert(value); }
     kyLogObject& operator<<(long double value) { return insert(value); }
     kyLogObject& operator<<(const void* address) { return insert(address); }
+    /// @}
 
     /// std::endl, std::hex and their like.
+    /// @{
     kyLogObject& operator<<(std::ostream& (*manipulator)(std::ostream&)) { return insertStreamed(manipulator); }
     kyLogObject& operator<<(std::ios_base& (*manipulator)(std::ios_base&)) { return insertStreamed(manipulator); }
+    /// @}
 
     /// Any other type that a standard stream takes.
     template <typename T, std::enable_if_t<!std::is_pointer_v<T> && !std::is_array_v<T> && !std::is_function_v<T> &&
@@ -385,6 +397,7 @@ private:
 
 /// The one-line form for client code: a message for the process-wide logger, or for standard output while there is
 /// none. `qualifier` may be null.
+/// @{
 inline kyLogObject logDebug(const char* qualifier = nullptr)
 {
     return kyLogObject(kyLogType::DEBUG, qualifier, kyLog::editPtr(), nullptr);
@@ -401,6 +414,7 @@ inline kyLogObject logCritical(const char* qualifier = nullptr)
 {
     return kyLogObject(kyLogType::CRITICAL, qualifier, kyLog::editPtr(), nullptr);
 }
+/// @}
 
 } // namespace ky
 

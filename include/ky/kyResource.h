@@ -66,9 +66,9 @@ KY_API void UnRegisterResources(unsigned long long count, const char* base, cons
 /// One block that is compiled into a module: the bytes from `begin` up to, not including, `end`.
 struct EmbeddedResource
 {
-    const char* name;
-    const char* begin;
-    const char* end;
+    const char* name;  ///< the block's name, NUL-terminated
+    const char* begin; ///< its first byte
+    const char* end;   ///< the byte behind the last one
 };
 
 /// The blocks of a module, a static object of the code that `ky_add_resources` makes. They are in the table whenever
@@ -89,8 +89,11 @@ public:
     EmbeddedResources(const EmbeddedResources&) = delete;
     EmbeddedResources& operator=(const EmbeddedResources&) = delete;
 
+    /// The blocks, for range-for.
+    /// @{
     const EmbeddedResource* begin() const { return mEntries; }
     const EmbeddedResource* end() const { return mEntries + mCount; }
+    /// @}
 
 private:
     friend class EmbeddedList;

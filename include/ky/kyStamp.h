@@ -16,18 +16,25 @@ namespace ky
 class Stamp
 {
 public:
+    /// The stamp with this number.
     explicit constexpr Stamp(unsigned long long value) noexcept : mValue(value) {}
 
+    /// The stamp 0, which no generator hands out.
     [[nodiscard]] static constexpr Stamp Invalid() noexcept { return Stamp(0); }
 
+    /// Whether the number is not 0.
     [[nodiscard]] constexpr bool isValid() const noexcept { return mValue != 0; }
 
+    /// The number.
     [[nodiscard]] constexpr unsigned long long getValue() const noexcept { return mValue; }
 
+    /// Compares the numbers, which makes sense for stamps of one generator.
+    /// @{
     constexpr bool operator<(Stamp other) const noexcept { return mValue < other.mValue; }
     constexpr bool operator>(Stamp other) const noexcept { return mValue > other.mValue; }
     constexpr bool operator==(Stamp other) const noexcept { return mValue == other.mValue; }
     constexpr bool operator!=(Stamp other) const noexcept { return mValue != other.mValue; }
+    /// @}
 
 private:
     unsigned long long mValue;
@@ -43,6 +50,7 @@ public:
     StampGenerator(const StampGenerator&) = delete;
     StampGenerator& operator=(const StampGenerator&) = delete;
 
+    /// The next stamp. Any thread.
     Stamp generateStamp();
 
 private:

@@ -41,15 +41,15 @@ public:
     /// \name Trimming and case
     /// In place; each returns its argument.
     /// @{
-    static std::string& ltrim(std::string& text);
-    static std::string& rtrim(std::string& text);
-    static std::string& trim(std::string& text);
+    static std::string& ltrim(std::string& text); ///< takes white space away in front
+    static std::string& rtrim(std::string& text); ///< takes white space away at the end
+    static std::string& trim(std::string& text);  ///< takes white space away at both ends
 
     /// Trims, then cuts every run of white space inside the text down to its first character, whatever that is.
     static std::string& trimAndRemoveConsecutiveSpaces(std::string& text);
 
-    static std::string& toUpper(std::string& text);
-    static std::string& toLower(std::string& text);
+    static std::string& toUpper(std::string& text); ///< a-z only
+    static std::string& toLower(std::string& text); ///< A-Z only
     /// @}
 
     /// Overwrites the whole buffer of the string with zeros, its unused capacity included, and makes the string empty.
@@ -61,7 +61,9 @@ public:
     /// Every occurrence of `from`, found from left to right, gives way to `to`. Inserted text is not searched again and
     /// occurrences do not overlap. `from` must not be empty; when it is, nothing is replaced.
     /// @{
+    /// \return `text`
     static std::string& replace(std::string& text, const std::string& from, const std::string& to);
+    /// \return `text`
     static std::wstring& replace(std::wstring& text, const std::wstring& from, const std::wstring& to);
 
     /// \return the number of replacements
@@ -71,10 +73,16 @@ public:
     /// \name Searching
     /// An empty text is found at position 0 and is a prefix and suffix of every text.
     /// @{
+
+    /// Byte position of the first occurrence; `std::string::npos` when there is none.
     [[nodiscard]] static std::size_t FindCaseSensitive(const std::string& text, const std::string& sub);
+    /// The same with A-Z and a-z taken for equal.
     [[nodiscard]] static std::size_t FindCaseInsensitive(const std::string& text, const std::string& sub);
+    /// Whether `sub` occurs; with A-Z and a-z taken for equal unless `caseSensitive`.
     [[nodiscard]] static bool Contains(const std::string& text, const std::string& sub, bool caseSensitive = true);
+    /// Whether the bytes of `prefix` stand in front.
     [[nodiscard]] static bool StartsWith(const std::string& text, const std::string& prefix);
+    /// Whether the bytes of `suffix` stand at the end.
     [[nodiscard]] static bool endsWith(const std::string& text, const std::string& suffix);
     /// @}
 
@@ -86,6 +94,7 @@ public:
     /// \return `out`
     static std::vector<std::string>& Split(const std::string& text, char separator, std::vector<std::string>& out,
                                            bool skipEmpty = false);
+    /// The tokens alone.
     [[nodiscard]] static std::vector<std::string> Split(const std::string& text, char separator,
                                                         bool skipEmpty = false);
 
@@ -97,6 +106,7 @@ public:
     /// Appends the text before the first separator and the text after it, or the whole text when there is none.
     /// \return `out`
     static std::vector<std::string>& SplitFirst(const std::string& text, char separator, std::vector<std::string>& out);
+    /// The one or two parts alone.
     [[nodiscard]] static std::vector<std::string> SplitFirst(const std::string& text, char separator);
     /// @}
 

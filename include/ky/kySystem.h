@@ -31,6 +31,7 @@ enum class InitType : std::int32_t
 /// Initializes the library, or counts one more user when it already is initialized. A `Full` call after a `Light` one
 /// upgrades the library; a `Light` call after a `Full` one only counts. Any other value of `type` does nothing at all.
 ///
+/// \param type how much of the library the caller needs
 /// \param queryMainDisk whether the first full initialization also looks up the main disk device, which later
 ///        queries then reuse
 /// \throws std::bad_alloc when memory is exhausted; the call stays counted
@@ -58,13 +59,17 @@ public:
     /// \param name what is counted; a null pointer is kept as "n/a"
     /// \param flag kept for the client; the library itself never reads it
     LibInitCounter(const char* name, bool flag);
+    /// A counter of its own that goes on from the same count.
+    /// @{
     LibInitCounter(const LibInitCounter& other) = default;
     LibInitCounter& operator=(const LibInitCounter& other) = default;
+    /// @}
     ~LibInitCounter() = default;
 
     /// Whether the counter is not 0 (a negative counter counts as initialized).
     [[nodiscard]] bool isInitialized() const { return mCounter != 0; }
 
+    /// The count.
     [[nodiscard]] int getInitCounter() const { return mCounter; }
 
     /// Adds 1. True exactly when the counter is now 1.
@@ -73,6 +78,7 @@ public:
     /// Subtracts 1, without a floor. True exactly when the counter is now 0.
     bool decrementInitCounter();
 
+    /// Back to 0.
     void clearInitCounter() { mCounter = 0; }
 
     /// A switch for client code (on at start); the library's own warnings do not consult it.
@@ -109,15 +115,15 @@ namespace kySystem
 class KY_API Version
 {
 public:
-    [[nodiscard]] static std::uint32_t GetMajor();
-    [[nodiscard]] static std::uint32_t GetMinor();
-    [[nodiscard]] static std::uint32_t GetRelease();
-    [[nodiscard]] static std::uint32_t GetRevision();
-    [[nodiscard]] static std::uint16_t GetYear();
-    [[nodiscard]] static std::uint8_t GetMonth(); ///< 1 to 12
-    [[nodiscard]] static bool IsDev();
-    [[nodiscard]] static bool IsDebug();
-    [[nodiscard]] static bool IsBeta();
+    [[nodiscard]] static std::uint32_t GetMajor();    ///< first number
+    [[nodiscard]] static std::uint32_t GetMinor();    ///< second number
+    [[nodiscard]] static std::uint32_t GetRelease();  ///< third number
+    [[nodiscard]] static std::uint32_t GetRevision(); ///< fourth number
+    [[nodiscard]] static std::uint16_t GetYear();     ///< of the release, for example 2021
+    [[nodiscard]] static std::uint8_t GetMonth();     ///< of the release, 1 to 12
+    [[nodiscard]] static bool IsDev();                ///< whether this is a developer's build
+    [[nodiscard]] static bool IsDebug();              ///< whether it was built for debugging
+    [[nodiscard]] static bool IsBeta();               ///< whether it is a release to try
 
     /// For example "3.0". The argument chooses between two texts that are the same in this version.
     [[nodiscard]] static const char* GetDescStringMajorMinor(bool alternative = false);
@@ -137,7 +143,9 @@ public:
 namespace ky
 {
 
-/// The version is reachable as `ky::kySystem::Version` too.
+/// \cond
+// The version is reachable as ky::kySystem::Version too.
 namespace kySystem = ::kySystem;
+/// \endcond
 
 } // namespace ky

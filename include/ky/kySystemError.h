@@ -19,8 +19,10 @@ public:
     /// The calling thread's last error. Make it before anything else that may fail is called.
     SystemError();
 
+    /// Any code of the system.
     explicit SystemError(int code) : mCode(code) {}
 
+    /// The number.
     [[nodiscard]] int code() const { return mCode; }
 
     /// The system's own text for the code in UTF-8, with the line end that Windows puts behind it; "Unknown Error" when

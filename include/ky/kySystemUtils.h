@@ -107,13 +107,15 @@ public:
     /// Where the machine takes its power from.
     struct KY_API PowerStatus
     {
+        /// A kind of source.
         enum class Source : std::uint32_t
         {
-            Unknown = 0,
-            Mains = 1,
-            Battery = 2
+            Unknown = 0, ///< the system does not tell
+            Mains = 1,   ///< an outlet
+            Battery = 2  ///< a battery that powers the machine
         };
 
+        /// What the machine runs on now.
         Source source = Source::Unknown;
         /// Whether there is a battery that powers the machine.
         bool hasBattery = false;
@@ -164,10 +166,10 @@ public:
     /// A display adapter. Sizes are in bytes, 0 where the system does not tell.
     struct KY_API DirectXDeviceInfo
     {
-        std::string description; ///< UTF-8
-        std::uint64_t dedicatedVideoMemory = 0;
-        std::uint64_t dedicatedSystemMemory = 0;
-        std::uint64_t sharedSystemMemory = 0;
+        std::string description;                 ///< UTF-8
+        std::uint64_t dedicatedVideoMemory = 0;  ///< on the adapter
+        std::uint64_t dedicatedSystemMemory = 0; ///< main memory set aside for the adapter
+        std::uint64_t sharedSystemMemory = 0;    ///< main memory that the adapter may use
 
         /// "description", "dedicatedmemory", "dedicatedsystemmemory" and "sharedsystemmemory".
         [[nodiscard]] kyVariant::kyVariantMapImpl toVariantMap() const;
@@ -179,6 +181,7 @@ public:
     /// does not tell.
     [[nodiscard]] static const std::string& GetOSInfo();
 
+    /// The processor that the program runs on.
     [[nodiscard]] static const CPUInfo& GetCPUInfo();
 
     /// Physically installed memory in bytes; -1 when it could not be read. On Linux the memory that the kernel manages

@@ -40,8 +40,11 @@ public:
 
 protected:
     kyRunnableInterface() = default;
+    /// For subclasses whose values may be copied.
+    /// @{
     kyRunnableInterface(const kyRunnableInterface&) = default;
     kyRunnableInterface& operator=(const kyRunnableInterface&) = default;
+    /// @}
 };
 
 /// A thread of the operating system with a readable name. Subclasses override run().

@@ -27,6 +27,7 @@ public:
     /// Back to not snapped.
     void clearTime() { mSnapped = NotSnapped; }
 
+    /// Whether there is a moment to count from.
     [[nodiscard]] bool isTimeSnapped() const { return mSnapped != NotSnapped; }
 
     /// Milliseconds since the snap; 0x7FFFFFFFFFFFFFFF when not snapped.

@@ -66,12 +66,16 @@ public:
     struct DateTime
     {
         constexpr DateTime() noexcept = default;
+        /// The time with this number.
         constexpr DateTime(std::int64_t initial) noexcept : value(initial) {}
+        /// Compares the numbers.
+        ///@{
         friend constexpr bool operator==(DateTime a, DateTime b) noexcept { return a.value == b.value; }
         friend constexpr bool operator!=(DateTime a, DateTime b) noexcept { return a.value != b.value; }
         friend constexpr bool operator<(DateTime a, DateTime b) noexcept { return a.value < b.value; }
+        ///@}
 
-        std::int64_t value = 0;
+        std::int64_t value = 0; ///< the number
     };
 
     /// Base of objects that callers want to carry in a variant.
@@ -79,8 +83,11 @@ public:
     {
     public:
         UserDataInterface() = default;
+        /// For clone().
+        ///@{
         UserDataInterface(const UserDataInterface&) = default;
         UserDataInterface& operator=(const UserDataInterface&) = default;
+        ///@}
         virtual ~UserDataInterface();
         /// A new copy of this object, made with `new`; the caller owns it. Called when a variant is copied.
         virtual UserDataInterface* clone() const = 0;
@@ -98,6 +105,8 @@ public:
     explicit kyVariant(Type type) : payload_{}, type_(Type::Unknown) { createZero(type); }
     /// A `String` holding a copy of the NUL-terminated `text`, which must not be null.
     kyVariant(const char* text);
+    /// A `String`, `StringList`, `List` or `Map`: a copy of the argument, or what was moved from it.
+    ///@{
     kyVariant(std::string_view text);
     kyVariant(const std::string& text);
     kyVariant(std::string&& text);
@@ -107,6 +116,7 @@ public:
     kyVariant(kyVariantListImpl&& list);
     kyVariant(const kyVariantMapImpl& map);
     kyVariant(kyVariantMapImpl&& map);
+    ///@}
     /// Takes ownership of `owned`, which was made with `new` and may be null.
     kyVariant(UserDataInterface* owned) noexcept : payload_(owned), type_(Type::UserData) {}
     /// `count` 2 gives `Vec2d`, 3 `Vec3d`, 4 `Vec4d`, 9 `Mat3d`, 16 `Mat4d`; any other count gives the null variant.
@@ -145,12 +155,15 @@ public:
     {
     }
     /// Pointers are not values.
+    ///@{
     kyVariant(std::nullptr_t) = delete;
     template <class T, std::enable_if_t<!std::is_same_v<std::remove_cv_t<T>, char> &&
                                             !std::is_convertible_v<T*, UserDataInterface*>,
                                         int> = 0>
     kyVariant(T*) = delete;
+    ///@}
 
+    /// Deep copy.
     kyVariant(const kyVariant& other) : payload_(other.payload_), type_(other.type_)
     {
         if (other.ownsPayload())
@@ -188,12 +201,15 @@ public:
         type_ = type;
         return *this;
     }
+    /// Exchanges values and types; copies nothing.
+    ///@{
     void swap(kyVariant& other) noexcept
     {
         std::swap(payload_, other.payload_);
         std::swap(type_, other.type_);
     }
     friend void swap(kyVariant& a, kyVariant& b) noexcept { a.swap(b); }
+    ///@}
 
     /// Makes this the null variant.
     void clear() noexcept
@@ -206,9 +222,11 @@ public:
     /// no type destroy the value but keep the type: use clear() for a null variant.
     kyVariant& setType(Type type);
 
+    /// What the variant holds.
     [[nodiscard]] Type getType() const noexcept { return type_; }
     /// "INTEGER", "REAL", "STRING", ...; "NOT DEFINED" for `DateTime`, `UserData` and numbers that name no type.
     [[nodiscard]] std::string getTypeAsString() const;
+    /// Whether the type is `Unknown`.
     [[nodiscard]] bool isNull() const noexcept { return type_ == Type::Unknown; }
     /// Whether this is an `Integer` or a `Real`.
     [[nodiscard]] bool isNumeric() const noexcept { return type_ == Type::Integer || type_ == Type::Real; }
@@ -217,6 +235,7 @@ public:
     /// The value itself. The type is not checked: calling one of these on a variant of another type is undefined.
     /// References and pointers stay valid until the variant is assigned, cleared, swapped or destroyed.
     ///@{
+    /// The payload, owned by the variant.
     [[nodiscard]] const std::string& getString() const noexcept { return *static_cast<std::string*>(payload_.object); }
     [[nodiscard]] std::string& editString() noexcept { return *static_cast<std::string*>(payload_.object); }
     [[nodiscard]] const std::vector<std::string>& getStringList() const noexcept
@@ -262,13 +281,15 @@ public:
 
     /// The value that `text` denotes: an `Integer` if all of it parses as one (as in toInteger(); the empty text is 0),
     /// else a `Real` if all of it parses as one after every ',' has become '.', else a `String`.
+    ///@{
     [[nodiscard]] static kyVariant BuildFromString(const std::string& text);
     [[nodiscard]] static kyVariant BuildFromString(std::string_view text);
     [[nodiscard]] static kyVariant BuildFromString(const char* text) { return BuildFromString(std::string_view(text)); }
+    ///@}
 
     /// Equal type and equal value. A NaN `Real` equals nothing; vectors and matrices are compared by their bytes.
     [[nodiscard]] bool operator==(const kyVariant& other) const { return type_ == other.type_ && equalValue(other); }
-    [[nodiscard]] bool operator!=(const kyVariant& other) const { return !(*this == other); }
+    [[nodiscard]] bool operator!=(const kyVariant& other) const { return !(*this == other); } ///< not equal
     /// Orders by type number first, then by value. Vectors and matrices are ordered by their bytes, user data by
     /// address.
     [[nodiscard]] bool operator<(const kyVariant& other) const
@@ -326,6 +347,8 @@ static_assert(sizeof(void*) != 8 || sizeof(kyVariant) == 16, "a variant is two w
 class KY_API kyVariant::kyVariantListImpl
 {
 public:
+    ///@{
+    /// As in a standard vector.
     using value_type = kyVariant;
     using size_type = std::size_t;
     using difference_type = std::ptrdiff_t;
@@ -338,16 +361,18 @@ public:
     /// with braces stays a copy.
     struct Item
     {
+        /// The variant that `initial` converts to.
         template <class T, std::enable_if_t<std::is_convertible_v<T&&, kyVariant> &&
                                                 !std::is_same_v<std::decay_t<T>, kyVariantListImpl>,
                                             int> = 0>
         Item(T&& initial) : value(std::forward<T>(initial))
         {
         }
-        kyVariant value;
+        kyVariant value; ///< the element
     };
 
     kyVariantListImpl() noexcept = default;
+    /// The elements in braces.
     kyVariantListImpl(std::initializer_list<Item> items);
     /// Two and more elements, lists among them.
     template <
@@ -394,7 +419,7 @@ public:
     [[nodiscard]] const_iterator end() const noexcept { return items_.end(); }
     /// Returns the position behind the erased element.
     iterator erase(iterator position) { return items_.erase(position); }
-    void clear() noexcept { items_.clear(); }
+    void clear() noexcept { items_.clear(); } ///< erases all elements
     /// New elements are copies of `fill`.
     void resize(std::size_t count, const kyVariant& fill = sNullVariant) { items_.resize(count, fill); }
     void reserve(std::size_t count) { items_.reserve(count); }
@@ -404,6 +429,7 @@ public:
     void swap(kyVariantListImpl& other) noexcept { items_.swap(other.items_); }
     friend void swap(kyVariantListImpl& a, kyVariantListImpl& b) noexcept { a.swap(b); }
 
+    /// Equal elements in the same order.
     [[nodiscard]] bool operator==(const kyVariantListImpl& other) const;
     [[nodiscard]] bool operator!=(const kyVariantListImpl& other) const { return !(*this == other); }
     /// Lexicographic; a proper prefix is less.
@@ -416,6 +442,7 @@ public:
 
     /// Writes toString(" ").
     friend KY_API std::ostream& operator<<(std::ostream& out, const kyVariantListImpl& list);
+    ///@}
 
 private:
     friend struct impl::VariantAccess;
@@ -433,6 +460,8 @@ private:
 class KY_API kyVariant::kyVariantMapImpl
 {
 public:
+    ///@{
+    /// As in a standard map.
     using key_type = std::string;
     using mapped_type = kyVariant;
     using value_type = std::pair<const std::string, kyVariant>;
@@ -440,6 +469,7 @@ public:
     using difference_type = std::ptrdiff_t;
     using reference = value_type&;
     using const_reference = const value_type&;
+    ///@}
 
 private:
     friend struct impl::VariantAccess;
@@ -463,6 +493,8 @@ public:
     class BasicIterator
     {
     public:
+        ///@{
+        /// As in a standard iterator.
         using iterator_category = std::bidirectional_iterator_tag;
         using value_type = kyVariantMapImpl::value_type;
         using difference_type = std::ptrdiff_t;
@@ -501,6 +533,7 @@ public:
         }
         [[nodiscard]] friend bool operator==(BasicIterator a, BasicIterator b) noexcept { return a.links_ == b.links_; }
         [[nodiscard]] friend bool operator!=(BasicIterator a, BasicIterator b) noexcept { return a.links_ != b.links_; }
+        ///@}
 
     private:
         friend class kyVariantMapImpl;
@@ -512,8 +545,8 @@ public:
 
         const Links* links_ = nullptr;
     };
-    using iterator = BasicIterator<false>;
-    using const_iterator = BasicIterator<true>;
+    using iterator = BasicIterator<false>;      ///< lets the value be changed, not the key
+    using const_iterator = BasicIterator<true>; ///< changes nothing
 
     /// How a path goes on where a step lands on a list.
     enum PathSearchPolicy
@@ -522,6 +555,8 @@ public:
         FirstListElement = 1 ///< in the first element, if that is a map
     };
 
+    ///@{
+    /// As in a standard map.
     kyVariantMapImpl() noexcept;
     /// Of several entries with one key the first counts.
     kyVariantMapImpl(std::initializer_list<value_type> entries);
@@ -544,6 +579,7 @@ public:
     /// end() if absent.
     [[nodiscard]] iterator find(std::string_view key) noexcept;
     [[nodiscard]] const_iterator find(std::string_view key) const noexcept;
+    /// Whether there is an entry of this key.
     [[nodiscard]] bool contains(std::string_view key) const noexcept;
     /// Returns the position behind the erased entry. `position` must not be end().
     iterator erase(iterator position) noexcept;
@@ -606,6 +642,7 @@ public:
 
     /// Writes toString().
     friend KY_API std::ostream& operator<<(std::ostream& out, const kyVariantMapImpl& map);
+    ///@}
 
 private:
     /// parent: the root; left: the first entry; right: the last entry; itself where the map is empty (root: null).
@@ -616,12 +653,13 @@ private:
 /// An entry; the first key bytes as a number answer most comparisons without touching the text.
 struct kyVariant::kyVariantMapImpl::Node : Links
 {
+    /// A null value under `key`.
     explicit Node(std::string_view key, std::uint64_t keyPrefix) : Links{}, prefix(keyPrefix), entry(key, kyVariant())
     {
     }
 
-    std::uint64_t prefix;
-    value_type entry;
+    std::uint64_t prefix; ///< the first bytes of the key
+    value_type entry;     ///< key and value
 };
 
 template <bool Constant>

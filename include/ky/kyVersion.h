@@ -19,31 +19,41 @@ public:
     /// 0.0.0 without a description.
     kyVersion() = default;
 
+    /// \param major,minor,revision what is compared, in this order
     /// \param description UTF-8
     /// \param extra1,extra2 kept and copied with the record, for its owner's use
     kyVersion(unsigned major, unsigned minor, unsigned revision, const std::string& description = {},
               unsigned extra1 = 0, unsigned extra2 = 0);
+    /// Everything is copied or moved.
+    /// @{
     kyVersion(const kyVersion& other) = default;
     kyVersion& operator=(const kyVersion& other) = default;
     kyVersion(kyVersion&& other) = default;
     kyVersion& operator=(kyVersion&& other) = default;
+    /// @}
     virtual ~kyVersion();
 
     /// Sets everything, as the constructor does.
     void setVersion(unsigned major, unsigned minor, unsigned revision, const std::string& description = {},
                     unsigned extra1 = 0, unsigned extra2 = 0);
 
+    /// What the record was given.
+    /// @{
     [[nodiscard]] unsigned getMajorVersion() const { return mMajor; }
     [[nodiscard]] unsigned getMinorVersion() const { return mMinor; }
     [[nodiscard]] unsigned getRevision() const { return mRevision; }
     [[nodiscard]] const std::string& getDescription() const { return mDescription; }
+    /// @}
 
+    /// By major, minor and revision number.
+    /// @{
     bool operator==(const kyVersion& other) const;
     bool operator<(const kyVersion& other) const;
     bool operator!=(const kyVersion& other) const { return !(*this == other); }
     bool operator<=(const kyVersion& other) const { return !(other < *this); }
     bool operator>(const kyVersion& other) const { return other < *this; }
     bool operator>=(const kyVersion& other) const { return !(*this < other); }
+    /// @}
 
 private:
     unsigned mMajor = 0;

@@ -36,8 +36,11 @@ class KY_API kyJob
 {
 public:
     kyJob() = default;
+    /// For subclasses whose values may be copied.
+    /// @{
     kyJob(const kyJob&) = default;
     kyJob& operator=(const kyJob&) = default;
+    /// @}
     virtual ~kyJob();
 
     /// Called when kyWorkThread::clearJobs() discards the job, which may destroy itself then. Does nothing here.
