@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: MIT
+// The examples of docs/oddities.md.
+#include "expect.h"
+
+#include <ky/ky.h>
+
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+using ky::kyDirUtils;
+using ky::kyStringUtils;
+using ky::kyVariant;
+using List = kyVariant::kyVariantListImpl;
+using Map = kyVariant::kyVariantMapImpl;
+using Type = kyVariant::Type;
+
+std::string lastMessage;
+
+void remember(const std::string& message, ky::kyLogType, const std::string&, void*) { lastMessage = message; }
+
+bool same(const std::string& found, const std::string& expected)
+{
+    expect(found == expected, (found + " instead of " + expected).c_str());
+    return found == expected;
+}
+
+bool same(bool found, bool expected)
+{
+    return same(std::string(found ? "true" : "false"), expected ? "true" : "false");
+}
+
+void variants()
+{
+    // [variants]
+    kyVariant value("text");
+    value.setType(Type::Unknown);
+    same(value.isNull(), false); // the text is gone, the type String stays
+    value.clear();
+    same(value.isNull(), true);
+
+    same(kyVariant(kyVariant::DateTime(7)).getTypeAsString(), "NOT DEFINED");
+    same(kyVariant(1000) < kyVariant(0.5), true); // every Integer before every Real
+    const double one[] = {1.0, 0.0};
+    const double large[] = {256.0, 0.0};
+    same(kyVariant(large, 2) < kyVariant(one, 2), true); // vectors by their bytes, not by value
+    // [variants]
+}
+
+void maps()
+{
+    // [maps]
+    Map map;
+    map.multiInsert("name", "a");
+    map.multiInsert("name", "a"); // an equal string is swallowed
+    same(map.getValue("name").toString(), "a");
+    map.multiInsert("name", "b"); // now it is a string list
+    map.multiInsert("name", "b"); // which keeps duplicates
+    same(map.getValue("name").toString(), "a b b");
+
+    Map tree{{"list", List{1, 2}}};
+    Map flat;
+    tree.toFlattenMap(flat, '/');
+    same(flat.getValue("list/").toString(), "1 2"); // the elements gather under one key, without numbers
+
+    tree.editValuePath("list/width") = 5; // writing replaces what is in the way
+    same(tree.getValue("list").getTypeAsString(), "MAP");
+    tree.editValuePath(nullptr) = 1;
+    same(tree.contains("avoidcrashkey"), true);
+    // [maps]
+}
+
+void ini()
+{
+    // [ini]
+    Map settings;
+    std::ofstream("odd.ini", std::ios::binary) << "no equals sign\n";
+    ky::LoadIniFile("odd.ini", settings);
+    same(lastMessage.find("Invalid line (0)") != std::string::npos, true); // lines are counted from 0
+
+    settings.editValuePath("folder") = "C:\\new";
+    ky::SaveIniFile("odd.ini", settings, false); // folder=C:\\new
+    Map loaded;
+    ky::LoadIniFile("odd.ini", loaded);
+    same(loaded.getValue("folder").toString(), "C:\\\new"); // a backslash and a line feed
+    // [ini]
+}
+
+void texts()
+{
+    // [texts]
+    same(kyStringUtils::Split("a,b,", ',').size() == 2, true); // nothing behind the last separator
+    char buffer[] = "a,b,";
+    std::vector<char*> tokens;
+    same(kyStringUtils::Split(buffer, ',', tokens).size() == 3, true); // but here
+
+    same(kyStringUtils::parseBool("no"), true); // only "f", "false" and "0" are false
+    same(kyVariant("no").toBool(), false);      // only "true", "True", "TRUE", "t" and "1" are true
+
+    same(kyStringUtils::IsUUID("01234567-89ab-cdef-0123-456789abcdef"), false);
+    same(kyStringUtils::IsUUID("{01234567-89ab-cdef-0123-456789abcdef}"), true);
+    same(kyStringUtils::IsUUID("?01234567?89ab?cdef?0123?456789abcdef?"), true);
+    // [texts]
+}
+
+void files()
+{
+    // [files]
+    same(kyDirUtils::ExtractFileExtension(".profile"), "");
+    same(kyDirUtils::ExtractFileExtension("dir/.profile"), "profile");
+    same(kyDirUtils::ExtractFolder("C:\\a\\b.txt"), "C:/a");
+    std::string folder;
+    std::string name;
+    kyDirUtils::SplitFolderFilename("C:\\a\\b.txt", folder, name);
+    same(folder, "C:\\a");
+    same(kyDirUtils::GetParentPathUtf8("C:\\a\\b"), ""); // only '/' separates here
+    same(kyDirUtils::MkpathUtf8(""), true);
+    // [files]
+}
+
+void frame()
+{
+    // [frame]
+    ky::terminateKySystem();
+    ky::terminateKySystem();                            // once too often
+    ky::initializeKySystem(ky::InitType::Light, false); // levels the count
+    same(ky::kyLog::editPtr() == nullptr, true);
+    ky::initializeKySystem(ky::InitType::Light, false);
+    same(ky::kyLog::editPtr() == nullptr, false);
+    // [frame]
+}
+
+} // namespace
+
+int main()
+{
+    ky::initializeKySystem(ky::InitType::Light, false);
+    ky::kyLog::edit().installCustomHandler(&remember, nullptr);
+    variants();
+    maps();
+    ini();
+    texts();
+    files();
+    frame();
+    ky::terminateKySystem();
+    return failures;
+}
