@@ -8,6 +8,7 @@
   examples/name.cpp without its opening comment
 - every region of such a program stands in a page
 - every relative link of a page leads to a file, and to a heading of it
+- every page of docs/ stands in the index docs/pages.md and in the navigation docs/layout.xml
 - every path of this tree that a page names in code marks exists
 
 With --write the excerpts are put into the pages.
@@ -135,6 +136,16 @@ def check_links(page, lines):
                 yield f"{relative(page)}:{number + 1}: there is no {target}"
 
 
+def check_index():
+    index = (ROOT / "docs/pages.md").read_text(encoding="utf-8")
+    navigation = (ROOT / "docs/layout.xml").read_text(encoding="utf-8")
+    for page in (ROOT / "docs").glob("*.md"):
+        if page.name != "pages.md" and f"]({page.name})" not in index:
+            yield f"docs/pages.md: {page.name} is missing"
+        if f"@ref md_docs_{page.stem}\"" not in navigation:
+            yield f"docs/layout.xml: {page.name} is missing"
+
+
 def main():
     programs = Programs()
     breaches = []
@@ -142,6 +153,7 @@ def main():
         lines = page.read_text(encoding="utf-8").splitlines()
         breaches += check_examples(page, lines, programs, "--write" in sys.argv[1:])
         breaches += check_links(page, lines)
+    breaches += check_index()
     breaches += [f"docs/examples: region {key} stands in no page" for key in sorted(programs.unused)]
     for breach in breaches:
         print(breach)
