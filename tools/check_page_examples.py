@@ -9,6 +9,7 @@
 - every region of such a program stands in a page
 - every relative link of a page leads to a file, and to a heading of it
 - every page of docs/ stands in the index docs/pages.md and in the navigation docs/layout.xml
+- a code span with an apostrophe has double marks: the generator of the reference takes it for a quotation otherwise
 - every path of this tree that a page names in code marks exists
 
 With --write the excerpts are put into the pages.
@@ -25,6 +26,7 @@ REGION = re.compile(r"^\s*// \[(\w+)\]$")
 LINK = re.compile(r"\]\(([^)\s]+)\)")
 NAMED_PATH = re.compile(r"`((?:bench|cmake|debug|docs|examples|fuzz|include|packaging|src|tests|tools)/[\w./-]+)`")
 
+CODE_SPAN = re.compile(r"(?<!`)`([^`]+)`(?!`)")
 PLACEHOLDERS = {"include/ky/kyName.h"}
 
 
@@ -117,7 +119,7 @@ def anchors(path):
     return found
 
 
-def check_links(page, lines):
+def check_text(page, lines):
     code = {n for start, end, _ in blocks(lines) for n in range(start, end)}
     for number, line in enumerate(lines):
         if number in code:
@@ -131,6 +133,9 @@ def check_links(page, lines):
                 yield f"{relative(page)}:{number + 1}: link to {target}, which is not there"
             elif anchor and anchor not in anchors(path):
                 yield f"{relative(page)}:{number + 1}: no heading {target}"
+        for span in CODE_SPAN.findall(line):
+            if "'" in span:
+                yield f"{relative(page)}:{number + 1}: `{span}` needs double code marks, for the generator of the reference"
         for target in NAMED_PATH.findall(line):
             if target not in PLACEHOLDERS and not (ROOT / target).exists():
                 yield f"{relative(page)}:{number + 1}: there is no {target}"
@@ -152,7 +157,7 @@ def main():
     for page in pages():
         lines = page.read_text(encoding="utf-8").splitlines()
         breaches += check_examples(page, lines, programs, "--write" in sys.argv[1:])
-        breaches += check_links(page, lines)
+        breaches += check_text(page, lines)
     breaches += check_index()
     breaches += [f"docs/examples: region {key} stands in no page" for key in sorted(programs.unused)]
     for breach in breaches:

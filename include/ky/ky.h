@@ -3,6 +3,24 @@
 
 /// \file
 /// The whole public interface.
+///
+/// \namespace ky
+/// The library. Narrow strings hold UTF-8 throughout.
+///
+/// \namespace ky::concurrent
+/// Loops that are shared with the worker pool.
+///
+/// \namespace ky::exception
+/// Guarded execution.
+///
+/// \namespace ky::rc
+/// The table of embedded files.
+///
+/// \namespace ky::impl
+/// Parts that other modules of a program may use; the rest is the library's own.
+///
+/// \namespace kySystem
+/// The library's own version.
 
 #include <ky/kyConcurrent.h>
 #include <ky/kyConcurrentPool.h>

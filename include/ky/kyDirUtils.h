@@ -61,16 +61,15 @@ public:
     [[nodiscard]] static std::string JoinPath(const std::string& a, const std::string& b, const std::string& c,
                                               const std::string& d);
 
-    /// The text behind the last '.' of the file name, A-Z in lower case; empty when there is none. A leading dot counts
+    /// The text behind the last dot of the file name, A-Z in lower case; empty when there is none. A leading dot counts
     /// only below a folder: ".profile" has no extension, "dir/.profile" has "profile".
     [[nodiscard]] static std::string ExtractFileExtension(const std::string& path);
 
     /// Each of the bytes `" * / : < > ? \ |` gives way to `replacement`. Control characters, dots and blanks at the end
     /// and names of devices stay.
-    /// @{
     [[nodiscard]] static std::string GenerateValidFileName(const std::string& name, char replacement);
+    /// The same in place.
     static void GenerateValidFileName(std::string& name, char replacement);
-    /// @}
 
     /// Cuts at the last separator, which goes to neither part. Without one `folder` becomes empty. The parts keep the
     /// separators of `path`. The outputs may be `path` itself.
@@ -97,8 +96,9 @@ public:
     /// True for a path that begins with two '\', and for one on a drive (on Linux: below a mount) of the network.
     [[nodiscard]] static bool IsNetworkPath(const std::string& path);
 
-    /// The path from the root on, '/'-separated, with '.', '..' and doubled separators resolved in the text; links are
-    /// not. A separator at the end stays. Empty for an empty path, and for a result of 4096 characters or more.
+    /// The path from the root on, '/'-separated; single and double dots and doubled separators are resolved in the
+    /// text, links are not. A separator at the end stays. Empty for an empty path, and for a result of 4096 characters
+    /// or more.
     [[nodiscard]] static std::string GetAbsolutePathUtf8(const std::string& path);
 
     /// The path with each component spelled as it is stored, '/'-separated; a drive letter in upper case. A component
@@ -151,6 +151,7 @@ public:
     static bool ClearFolderUtf8(const std::string& path, bool removeFolder, std::string* error = nullptr,
                                 const bool* cancel = nullptr);
 
+    /// Makes a folder the current one of the process, for all its threads. \return whether it is
     static bool SetCurrentWorkingDirUtf8(const std::string& path);
 
     /// Empty when the system cannot tell.
@@ -160,13 +161,12 @@ public:
     /// '/'-separated; a separator at the end stays.
     [[nodiscard]] static std::string GetTempFolderUtf8();
 
-    /// A name in `folder` that was free a moment ago: a proposal, nothing is left behind under it. With `extension`,
-    /// dot included, every ".tmp" of the whole path gives way to it. Empty when no name can be made.
-    /// @{
+    /// A name in `folder` that was free a moment ago: a proposal, nothing is left behind under it. Empty when no name
+    /// can be made.
     [[nodiscard]] static std::string GetTempFileUtf8(const std::string& folder, const std::string& prefix);
+    /// The same with `extension`, dot included, in place of every ".tmp" of the whole path.
     [[nodiscard]] static std::string GetTempFileUtf8(const std::string& folder, const std::string& prefix,
                                                      const std::string& extension);
-    /// @}
 
     /// The folder of the running program without a separator at its end. False, with `folder` empty, when the system
     /// cannot tell.

@@ -202,14 +202,12 @@ public:
         return *this;
     }
     /// Exchanges values and types; copies nothing.
-    ///@{
     void swap(kyVariant& other) noexcept
     {
         std::swap(payload_, other.payload_);
         std::swap(type_, other.type_);
     }
-    friend void swap(kyVariant& a, kyVariant& b) noexcept { a.swap(b); }
-    ///@}
+    friend void swap(kyVariant& a, kyVariant& b) noexcept { a.swap(b); } ///< a.swap(b)
 
     /// Makes this the null variant.
     void clear() noexcept
@@ -235,6 +233,7 @@ public:
     /// The value itself. The type is not checked: calling one of these on a variant of another type is undefined.
     /// References and pointers stay valid until the variant is assigned, cleared, swapped or destroyed.
     ///@{
+
     /// The payload, owned by the variant.
     [[nodiscard]] const std::string& getString() const noexcept { return *static_cast<std::string*>(payload_.object); }
     [[nodiscard]] std::string& editString() noexcept { return *static_cast<std::string*>(payload_.object); }
@@ -280,7 +279,7 @@ public:
     [[nodiscard]] kyVariantMapImpl toMap() const;
 
     /// The value that `text` denotes: an `Integer` if all of it parses as one (as in toInteger(); the empty text is 0),
-    /// else a `Real` if all of it parses as one after every ',' has become '.', else a `String`.
+    /// else a `Real` if all of it parses as one after every comma has become a point, else a `String`.
     ///@{
     [[nodiscard]] static kyVariant BuildFromString(const std::string& text);
     [[nodiscard]] static kyVariant BuildFromString(std::string_view text);
@@ -347,9 +346,9 @@ static_assert(sizeof(void*) != 8 || sizeof(kyVariant) == 16, "a variant is two w
 class KY_API kyVariant::kyVariantListImpl
 {
 public:
+    /// \name Like a standard vector
     ///@{
-    /// As in a standard vector.
-    using value_type = kyVariant;
+    using value_type = kyVariant; ///< as in a standard vector
     using size_type = std::size_t;
     using difference_type = std::ptrdiff_t;
     using reference = kyVariant&;
@@ -439,10 +438,10 @@ public:
     [[nodiscard]] std::string toString(const std::string& separator) const;
     /// `out` becomes the toString() of each element.
     void toStringList(std::vector<std::string>& out) const;
+    ///@}
 
     /// Writes toString(" ").
     friend KY_API std::ostream& operator<<(std::ostream& out, const kyVariantListImpl& list);
-    ///@}
 
 private:
     friend struct impl::VariantAccess;
@@ -493,9 +492,9 @@ public:
     class BasicIterator
     {
     public:
+        /// \name Like a standard iterator
         ///@{
-        /// As in a standard iterator.
-        using iterator_category = std::bidirectional_iterator_tag;
+        using iterator_category = std::bidirectional_iterator_tag; ///< as in a standard iterator
         using value_type = kyVariantMapImpl::value_type;
         using difference_type = std::ptrdiff_t;
         using pointer = std::conditional_t<Constant, const value_type*, value_type*>;
@@ -555,9 +554,9 @@ public:
         FirstListElement = 1 ///< in the first element, if that is a map
     };
 
+    /// \name Like a standard map
     ///@{
-    /// As in a standard map.
-    kyVariantMapImpl() noexcept;
+    kyVariantMapImpl() noexcept; ///< as in a standard map
     /// Of several entries with one key the first counts.
     kyVariantMapImpl(std::initializer_list<value_type> entries);
     kyVariantMapImpl(const kyVariantMapImpl& other);
@@ -599,7 +598,7 @@ public:
     [[nodiscard]] const kyVariant* findPath(const char* path, char separator = '/',
                                             PathSearchPolicy policy = MapsOnly) const noexcept;
     [[nodiscard]] kyVariant* findPath(const char* path, char separator = '/',
-                                      PathSearchPolicy policy = MapsOnly) noexcept;
+                                      PathSearchPolicy policy = MapsOnly) noexcept; ///< the same, to be changed
     /// A copy of the value that `path` names, or of `fallback`.
     [[nodiscard]] kyVariant getValuePath(const char* path, const kyVariant& fallback = sNullVariant,
                                          char separator = '/', PathSearchPolicy policy = MapsOnly) const;
@@ -639,10 +638,10 @@ public:
     [[nodiscard]] bool operator!=(const kyVariantMapImpl& other) const { return !(*this == other); }
     /// Lexicographic over the entries in key order, keys before values.
     [[nodiscard]] bool operator<(const kyVariantMapImpl& other) const;
+    ///@}
 
     /// Writes toString().
     friend KY_API std::ostream& operator<<(std::ostream& out, const kyVariantMapImpl& map);
-    ///@}
 
 private:
     /// parent: the root; left: the first entry; right: the last entry; itself where the map is empty (root: null).
