@@ -51,7 +51,7 @@ def regions(path):
         else:
             lines.append(line)
     if name is not None:
-        raise ValueError(f"{relative(path)}: region {name} has no end")
+        sys.exit(f"{relative(path)}: region {name} has no end")
     return {key: "\n\n".join(texts).splitlines() for key, texts in parts.items()}
 
 
