@@ -125,7 +125,7 @@ public:
     template <class... Cells>
     AsciiTableBuilder& addRow(const Cells&... cells)
     {
-        (void)std::initializer_list<int>{(addCell(cells), 0)...};
+        (static_cast<void>(addCell(cells)), ...);
         return endRow();
     }
     AsciiTableBuilder& addRow(const std::vector<std::string>& cells);

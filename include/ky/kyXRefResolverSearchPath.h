@@ -69,8 +69,7 @@ private:
 ///
 /// A reference is a UTF-8 path as some program on some machine wrote it: absolute with a drive letter, on a share, from
 /// '/' on, or relative; '/' and '\' separate alike. Empty components and "." are passed over, ".." takes back the
-/// component before it, or nothing at its start. A reference without a file name, or ending in "..", resolves to
-/// nothing.
+/// component before it, or nothing at its start. A reference that ends in a separator, "." or ".." resolves to nothing.
 ///
 /// Candidates are the indexed files with the file name of the reference. The best one is, each rule deciding where
 /// those before it leave a tie:
@@ -90,12 +89,14 @@ private:
 /// Names that differ in Unicode normalization are different.
 ///
 /// The walk is that of kyDirUtils::FileSystemVisitor: links to folders are not entered, so nothing outside a root is
-/// indexed, while links to files count as files. A file takes about 16 bytes and its name, a folder 8 bytes and its
-/// name. Looking up takes time in proportion to the number of files of that name and their depth.
+/// indexed, while links to files count as files. A file takes about 24 bytes and its name, a folder 8 bytes and its
+/// name; one name is stored once. Looking up takes time in proportion to the number of files of that name and their
+/// depth.
 ///
 /// Thread safety: refresh() builds a new index beside the one in use. Const functions may be called from several
 /// threads at once, also while another thread is in refresh(); they see the old index or the new one whole. Everything
-/// else, refresh() included, is for one thread at a time.
+/// else, refresh() included, is for one thread at a time, and addRoot(), clearRoots() and setFilters() for no other
+/// thread meanwhile.
 class KY_API kyXRefResolverSearchPath
 {
 public:
