@@ -95,8 +95,7 @@ void FileReference::append(std::string_view relative)
 {
     for (;;)
     {
-        const auto* const separator = std::find_if(relative.begin(), relative.end(), isSeparator);
-        const auto end = static_cast<std::size_t>(separator - relative.begin());
+        const std::size_t end = std::min(relative.find_first_of("/\\"), relative.size());
         add(relative.substr(0, end));
         if (end == relative.size())
             return;
@@ -125,7 +124,8 @@ void XRefIndex::addRoot(const std::string& path)
     Root root;
     root.path = path;
     const std::string absolute = kyDirUtils::GetAbsolutePathUtf8(path);
-    for (const std::string_view component : FileReference(absolute).components())
+    const FileReference components(absolute);
+    for (const std::string_view component : components.components())
         root.components.emplace_back(component);
     mRoots.push_back(std::move(root));
 }
