@@ -17,7 +17,7 @@ namespace ky
 
 /// Maps the values of one enumeration to their names and back, whatever the enumeration is: for code that writes
 /// settings, messages or user interfaces for enumerations it does not know. EnumHelper is the ready-made
-/// implementation; others may take their names from a file or from translations.
+/// implementation; others, final classes, may take their names from a file or from translations.
 ///
 /// Values are carried as 64-bit integers; those of an enumeration on an unsigned 64-bit type keep their bits. Where two
 /// entries have one value, the first names it; where two have one name, the name means the first. Case-insensitive
