@@ -64,7 +64,8 @@ public:
             return;
         const std::string_view wanted = mComponents[mComponents.size() - mTail.all];
         const bool isSame = component == wanted;
-        if (!isSame && !(mFoldCase && equalsFolded(component, wanted)))
+        const bool folds = mFoldCase || (component.size() == 2 && isDrive(component));
+        if (!isSame && !(folds && equalsFolded(component, wanted)))
             return;
         if (isSame && mTail.sameCase == mTail.common)
             ++mTail.sameCase;
