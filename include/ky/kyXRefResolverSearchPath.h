@@ -80,7 +80,7 @@ private:
 /// 3. the longest common tail with the spelling the same in upper and lower case;
 /// 4. the root added first;
 /// 5. the fewest folders between root and file;
-/// 6. byte order of the path below the root.
+/// 6. byte order of the names of the folders from the root down, then of the file.
 ///
 /// So a result depends on what is indexed only, never on the order in which the system lists files.
 ///

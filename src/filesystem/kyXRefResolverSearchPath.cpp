@@ -109,16 +109,18 @@ public:
             return std::tuple(-c.exactness, XRefIndex::none - c.tail.common, XRefIndex::none - c.tail.sameCase,
                               c.tail.root, c.tail.depth);
         };
-        if (rank(a) != rank(b))
-            return rank(a) < rank(b);
-        return relativePath(a.file) < relativePath(b.file);
+        const auto rankOfA = rank(a);
+        const auto rankOfB = rank(b);
+        return rankOfA != rankOfB ? rankOfA < rankOfB : mIndex.isBefore(a.file, b.file);
     }
 
     Match matchOf(const Candidate& candidate) const
     {
         Match match;
         match.path = mIndex.roots()[candidate.tail.root].path;
-        impl::appendPath(match.path, relativePath(candidate.file));
+        std::string below;
+        mIndex.appendRelativePath(below, candidate.file);
+        impl::appendPath(match.path, below);
         match.root = candidate.tail.root;
         match.commonComponents = candidate.tail.common;
         match.isExact = candidate.exactness > 0;
@@ -151,13 +153,6 @@ private:
     {
         const XRefIndex::Tail tail = mIndex.compare(file, path, mFoldCase);
         return tail.common == tail.all && tail.all == path.components().size();
-    }
-
-    std::string relativePath(std::uint32_t file) const
-    {
-        std::string path;
-        mIndex.appendRelativePath(path, file);
-        return path;
     }
 
     const XRefIndex& mIndex;

@@ -57,19 +57,20 @@ public:
     {
     }
 
-    void next(std::string_view component)
+    /// False at the first component that differs.
+    bool next(std::string_view component)
     {
-        ++mTail.all;
-        if (mTail.common + 1 != mTail.all || mTail.common == mComponents.size())
-            return;
-        const std::string_view wanted = mComponents[mComponents.size() - mTail.all];
+        if (mTail.common == mComponents.size())
+            return false;
+        const std::string_view wanted = mComponents[mComponents.size() - 1 - mTail.common];
         const bool isSame = component == wanted;
         const bool folds = mFoldCase || (component.size() == 2 && isDrive(component));
         if (!isSame && !(folds && equalsFolded(component, wanted)))
-            return;
+            return false;
         if (isSame && mTail.sameCase == mTail.common)
             ++mTail.sameCase;
         ++mTail.common;
+        return true;
     }
 
 private:
@@ -82,6 +83,8 @@ private:
 
 FileReference::FileReference(std::string_view text)
 {
+    constexpr std::size_t usualDepth = 16;
+    mComponents.reserve(usualDepth);
     text = withoutLongPathPrefix(text);
     if (isDrive(text))
     {
@@ -208,17 +211,35 @@ XRefIndex::Tail XRefIndex::compare(std::uint32_t file, const FileReference& refe
 {
     Tail tail;
     TailMatcher matcher(reference, foldCase, tail);
-    matcher.next(fileName(file));
+    bool agrees = matcher.next(fileName(file));
     std::uint32_t folder = mFiles[file].folder;
     for (; mFolders[folder].parent != none; folder = mFolders[folder].parent)
     {
-        matcher.next(nameAt(mFolders[folder].name));
+        agrees = agrees && matcher.next(nameAt(mFolders[folder].name));
         ++tail.depth;
     }
     tail.root = mFolders[folder].name;
     const std::vector<std::string>& above = mRoots[tail.root].components;
-    std::for_each(above.rbegin(), above.rend(), [&](const std::string& component) { matcher.next(component); });
+    for (auto component = above.rbegin(); agrees && component != above.rend(); ++component)
+        agrees = matcher.next(*component);
+    tail.all = 1 + tail.depth + above.size();
     return tail;
+}
+
+bool XRefIndex::isBefore(std::uint32_t a, std::uint32_t b) const
+{
+    int order = fileName(a).compare(fileName(b));
+    std::uint32_t one = mFiles[a].folder;
+    std::uint32_t other = mFiles[b].folder;
+    while (one != other)
+    {
+        const int folders = nameAt(mFolders[one].name).compare(nameAt(mFolders[other].name));
+        if (folders != 0)
+            order = folders;
+        one = mFolders[one].parent;
+        other = mFolders[other].parent;
+    }
+    return order < 0;
 }
 
 void XRefIndex::appendRelativePath(std::string& out, std::uint32_t file) const

@@ -73,6 +73,9 @@ public:
     std::string_view fileName(std::uint32_t file) const { return nameAt(mFiles[file].name); }
     Tail compare(std::uint32_t file, const FileReference& reference, bool foldCase) const;
 
+    /// Orders files of one root and depth by the names of their folders from the root down, then by their own.
+    bool isBefore(std::uint32_t a, std::uint32_t b) const;
+
     /// Below the root; '/' between components.
     void appendRelativePath(std::string& out, std::uint32_t file) const;
 

@@ -235,7 +235,7 @@ public:
 
     std::vector<std::string> candidates(const Names& reference, bool fold) const
     {
-        std::vector<std::tuple<bool, int, int, std::size_t, std::size_t, std::string>> found;
+        std::vector<std::tuple<bool, int, int, std::size_t, std::size_t, Names>> found;
         for (const File& file : mFiles)
         {
             Names all = file.above;
@@ -246,12 +246,12 @@ public:
             const bool isExact =
                 static_cast<std::size_t>(common) == reference.size() && reference.size() == file.below.size();
             found.emplace_back(!isExact, -common, -tail(all, reference, false), file.root, file.below.size(),
-                               joined(file.below));
+                               file.below);
         }
         std::sort(found.begin(), found.end());
         std::vector<std::string> paths;
         for (const auto& entry : found)
-            paths.push_back(std::to_string(std::get<3>(entry)) + ":" + std::get<5>(entry));
+            paths.push_back(std::to_string(std::get<3>(entry)) + ":" + joined(std::get<5>(entry)));
         return paths;
     }
 
@@ -316,7 +316,7 @@ TEST_F(XRefResolver, AgreesWithThePlainRules)
         for (int i = 0; i < 60; ++i)
         {
             const std::vector<std::string> spelled =
-                root == 1 ? std::vector<std::string>{"A", "b"} : std::vector<std::string>{"a", "B"};
+                root == 1 ? std::vector<std::string>{"A", "b", "b-"} : std::vector<std::string>{"a", "B"};
             const Model::Names below = names(spelled, {root == 2 ? "F.txt" : "f.txt", "g"});
             if (std::find(made.begin(), made.end(), Model::joined(below)) != made.end())
                 continue;
