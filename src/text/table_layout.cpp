@@ -363,11 +363,13 @@ std::size_t TableLayout::blanksBefore(const Column& column, const Line& line, st
 
 void TableLayout::writeLine(std::string& out, std::size_t column, const Line& line) const
 {
-    const std::size_t width = mColumns[column].width;
-    std::string_view mark = line.isCut ? mFrame.cutMark : std::string_view();
-    if (displayWidth(mark) > width)
-        mark = mark.substr(0, width);
-    const std::size_t blanks = width - line.width - displayWidth(mark);
+    std::size_t blanks = mColumns[column].width - line.width;
+    std::string_view mark;
+    if (line.isCut)
+    {
+        mark = mFrame.cutMark.substr(0, fittingPrefix(mFrame.cutMark, blanks).bytes);
+        blanks -= displayWidth(mark);
+    }
     const std::size_t before = blanksBefore(mColumns[column], line, blanks);
     out.append(before, ' ');
     out += line.text;
