@@ -8,6 +8,8 @@
 #include <ky/kyConcurrentPool.h>
 #include <ky/kyCpuInfo.h>
 #include <ky/kyCsvFileReader.h>
+#include <ky/kyCsvFileWriter.h>
+#include <ky/kyCsvStream.h>
 #include <ky/kyDirUtils.h>
 #include <ky/kyException.h>
 #include <ky/kyHighResTimer.h>
