@@ -15,20 +15,31 @@
 namespace ky::impl
 {
 
-/// The first `wanted` in [from, end), or `end`. Meant for short ways, where a call would cost more than the search.
-inline char* findByte(char* from, char* end, char wanted)
+/// The first byte in [from, end) that is `a` or `b`, or `end`. Meant for short ways, where a call would cost more than
+/// the search.
+template <typename Char>
+Char* findEither(Char* from, Char* end, char a, char b)
 {
 #if KY_ARCH_X64
     for (; end - from >= 16; from += 16)
     {
         const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
-        if (const int found = _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(wanted))))
+        const __m128i same =
+            _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(a)), _mm_cmpeq_epi8(bytes, _mm_set1_epi8(b)));
+        if (const int found = _mm_movemask_epi8(same))
             return from + std::countr_zero(static_cast<unsigned>(found));
     }
 #endif
-    while (from != end && *from != wanted)
+    while (from != end && *from != a && *from != b)
         ++from;
     return from;
+}
+
+/// The first `wanted` in [from, end), or `end`.
+template <typename Char>
+Char* findByte(Char* from, Char* end, char wanted)
+{
+    return findEither(from, end, wanted, wanted);
 }
 
 /// Quote, column delimiter, line feed and carriage return.
