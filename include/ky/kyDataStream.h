@@ -207,7 +207,9 @@ private:
     template <typename T>
     bool readSwapped(char* bytes)
     {
-        const bool complete = readExactly(bytes, sizeof(T));
+        if (mDevice == nullptr)
+            return false;
+        const bool complete = mDevice->readBytes(bytes, sizeof(T)) == sizeof(T);
         reverse<T>(bytes, bytes);
         return complete;
     }
