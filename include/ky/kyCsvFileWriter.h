@@ -57,7 +57,7 @@ public:
     ///
     /// A file that cannot be opened is logged as CRITICAL, "Fail to open csv file " and its path. The stream has no
     /// device then and fails at the next cell; opening is not tried again.
-    [[nodiscard]] kyCsvStream& getStream();
+    kyCsvStream& getStream();
 
     /// Writes what is buffered and closes the file. True when everything streamed since the construction has been
     /// handed to the system: every file could be opened, written and closed, and the stream never failed. False stays
