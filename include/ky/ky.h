@@ -14,6 +14,7 @@
 #include <ky/kyIniFile.h>
 #include <ky/kyLockFile.h>
 #include <ky/kyLog.h>
+#include <ky/kyMathUtils.h>
 #include <ky/kyMutex.h>
 #include <ky/kyProgressNotifier.h>
 #include <ky/kyResource.h>
