@@ -24,6 +24,7 @@
 #include <ky/kyIoDeviceWriteStreamModifier.h>
 #include <ky/kyLockFile.h>
 #include <ky/kyLog.h>
+#include <ky/kyMathUtils.h>
 #include <ky/kyMutex.h>
 #include <ky/kyProgressNotifier.h>
 #include <ky/kyResource.h>
