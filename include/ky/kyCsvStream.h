@@ -126,9 +126,7 @@ public:
 
 private:
     void writeCell(const char* data, std::size_t size);
-    bool writeSeparator();
     bool writeQuoted(const char* data, std::size_t size);
-    bool put(const char* data, std::size_t size);
 
     std::vector<char> mCellBuffer;
     std::string mRowSeparator;

@@ -7,6 +7,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #if KY_ARCH_X64
 #include <emmintrin.h>
@@ -33,6 +34,36 @@ Char* findEither(Char* from, Char* end, char a, char b)
     while (from != end && *from != a && *from != b)
         ++from;
     return from;
+}
+
+/// Whether one of `size` bytes is `a` or `b`.
+inline bool holdsEither(const char* data, std::size_t size, char a, char b)
+{
+#if KY_ARCH_X64
+    const auto matches = [a, b](__m128i bytes)
+    {
+        const __m128i same =
+            _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(a)), _mm_cmpeq_epi8(bytes, _mm_set1_epi8(b)));
+        return _mm_movemask_epi8(same);
+    };
+    // Most cells are short: two words that overlap as the size demands.
+    if (size >= 8 && size <= 16)
+    {
+        const __m128i first = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(data));
+        const __m128i last = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(data + size - 8));
+        return matches(_mm_unpacklo_epi64(first, last)) != 0;
+    }
+    if (size >= 4 && size < 8)
+    {
+        std::uint32_t first = 0;
+        std::uint32_t last = 0;
+        std::memcpy(&first, data, sizeof first);
+        std::memcpy(&last, data + size - sizeof last, sizeof last);
+        const __m128i bytes = _mm_cvtsi64_si128(static_cast<long long>(std::uint64_t{first} << 32 | last));
+        return (matches(bytes) & 0xFF) != 0;
+    }
+#endif
+    return findEither(data, data + size, a, b) != data + size;
 }
 
 /// The first `wanted` in [from, end), or `end`.

@@ -12,6 +12,25 @@
 namespace ky
 {
 
+namespace
+{
+
+/// Cells come in many short writes.
+class FileDevice : public kyIoDeviceStdStreamProxy
+{
+public:
+    explicit FileDevice(impl::FileOutputStream* file) : kyIoDeviceStdStreamProxy(nullptr, file), mFile(file) {}
+    std::size_t writeBytes(const char* data, std::size_t size) override
+    {
+        return mFile != nullptr && mFile->append(data, size) ? size : 0;
+    }
+
+private:
+    impl::FileOutputStream* mFile;
+};
+
+} // namespace
+
 kyCsvFileWriter::kyCsvFileWriter(const std::string& folder, const std::string& baseName, unsigned int maxRowsPerFile,
                                  char columnSeparator, char stringDelimiter, const std::string& rowSeparator,
                                  bool writeBom)
@@ -51,7 +70,7 @@ void kyCsvFileWriter::openNextFile()
     path += ".csv";
     ++mFileIndex;
     mFile = impl::FileOutputStream::open(path);
-    mFileDevice = std::make_unique<kyIoDeviceStdStreamProxy>(nullptr, mFile.get());
+    mFileDevice = std::make_unique<FileDevice>(mFile.get());
     if (mFile == nullptr)
     {
         mComplete = false;

@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "io/csv_scan.h"
-#include "text/number_text.h"
+#include "io/three_digits.h"
 
 #include <ky/kyCsvStream.h>
 #include <ky/kyIoDevice.h>
 
-#include <algorithm>
-#include <array>
 #include <charconv>
 #include <cstring>
 #include <limits>
@@ -22,6 +20,35 @@ constexpr std::size_t usualGrowth = 8;
 
 /// The count stays at its end: from 0 it would pass for the first row or cell again.
 void advance(std::uint32_t& index) { index += index != std::numeric_limits<std::uint32_t>::max() ? 1U : 0U; }
+
+bool put(kyIoDevice& device, const char* data, std::size_t size) { return device.writeBytes(data, size) == size; }
+
+template <typename Integer>
+class Decimal
+{
+public:
+    explicit Decimal(Integer value) : mEnd(std::to_chars(mText, mText + sizeof mText, value).ptr) {}
+    const char* data() const { return mText; }
+    std::size_t size() const { return static_cast<std::size_t>(mEnd - mText); }
+
+private:
+    char mText[24];
+    char* mEnd;
+};
+
+/// What stands between the quotes: every quote twice.
+void doubleQuotes(std::vector<char>& out, const char* data, const char* end, const char* quote, char quoteCharacter)
+{
+    out.clear();
+    out.reserve(static_cast<std::size_t>(end - data) + usualGrowth);
+    for (; quote != end; quote = impl::findByte(quote + 1, end, quoteCharacter))
+    {
+        // Up to the quote, which then begins the next run.
+        out.insert(out.end(), data, quote + 1);
+        data = quote;
+    }
+    out.insert(out.end(), data, end);
+}
 
 } // namespace
 
@@ -43,16 +70,32 @@ kyCsvStream& kyCsvStream::operator<<(char value) { return *this << static_cast<i
 kyCsvStream& kyCsvStream::operator<<(unsigned char value) { return *this << static_cast<int>(value); }
 kyCsvStream& kyCsvStream::operator<<(short value) { return *this << static_cast<int>(value); }
 kyCsvStream& kyCsvStream::operator<<(unsigned short value) { return *this << static_cast<int>(value); }
-kyCsvStream& kyCsvStream::operator<<(int value) { return *this << static_cast<long long>(value); }
-kyCsvStream& kyCsvStream::operator<<(unsigned int value) { return *this << static_cast<long long>(value); }
 
-kyCsvStream& kyCsvStream::operator<<(long long value) { return *this << impl::IntegerText(value).view(); }
+kyCsvStream& kyCsvStream::operator<<(int value)
+{
+    const Decimal text(value);
+    writeCell(text.data(), text.size());
+    return *this;
+}
+
+kyCsvStream& kyCsvStream::operator<<(unsigned int value)
+{
+    const Decimal text(value);
+    writeCell(text.data(), text.size());
+    return *this;
+}
+
+kyCsvStream& kyCsvStream::operator<<(long long value)
+{
+    const Decimal text(value);
+    writeCell(text.data(), text.size());
+    return *this;
+}
 
 kyCsvStream& kyCsvStream::operator<<(unsigned long long value)
 {
-    std::array<char, 24> text;
-    const char* const end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
-    writeCell(text.data(), static_cast<std::size_t>(end - text.data()));
+    const Decimal text(value);
+    writeCell(text.data(), text.size());
     return *this;
 }
 
@@ -60,10 +103,8 @@ kyCsvStream& kyCsvStream::operator<<(float value) { return *this << static_cast<
 
 kyCsvStream& kyCsvStream::operator<<(double value)
 {
-    std::array<char, 24> text;
-    const char* const end =
-        std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::general, 3).ptr;
-    writeCell(text.data(), static_cast<std::size_t>(end - text.data()));
+    const impl::ThreeDigitText text(value);
+    writeCell(text.view().data(), text.view().size());
     return *this;
 }
 
@@ -105,50 +146,34 @@ void kyCsvStream::writeCell(const char* data, std::size_t size)
     mOk = mOk && mDevice != nullptr;
     if (!mOk)
         return;
-    mOk = writeSeparator();
+    if (mColIndex != 0)
+        mOk = put(*mDevice, &mColumnSeparator, 1);
+    else if (mRowIndex != 0)
+        mOk = put(*mDevice, mRowSeparator.data(), mRowSeparator.size());
     advance(mColIndex);
     if (size == 0 || !mOk)
         return;
-    const char* const end = data + size;
-    if (impl::findEither(data, end, mStringDelimiter, mColumnSeparator) == end)
+    if (!impl::holdsEither(data, size, mStringDelimiter, mColumnSeparator))
     {
-        mOk = put(data, size);
+        mOk = put(*mDevice, data, size);
         return;
     }
     mOk = false; // stays so when memory runs out
     mOk = writeQuoted(data, size);
 }
 
-bool kyCsvStream::writeSeparator()
-{
-    if (mColIndex != 0)
-        return put(&mColumnSeparator, 1);
-    return mRowIndex == 0 || put(mRowSeparator.data(), mRowSeparator.size());
-}
-
 bool kyCsvStream::writeQuoted(const char* data, std::size_t size)
 {
     const char* const end = data + size;
-    const char* quote = impl::findByte(data, end, mStringDelimiter);
+    const char* const quote = impl::findByte(data, end, mStringDelimiter);
     if (quote != end)
     {
-        mCellBuffer.clear();
-        mCellBuffer.reserve(size + usualGrowth);
-        const char* run = data;
-        for (; quote != end; quote = impl::findByte(quote + 1, end, mStringDelimiter))
-        {
-            // Up to the quote, which then begins the next run.
-            mCellBuffer.insert(mCellBuffer.end(), run, quote + 1);
-            run = quote;
-        }
-        mCellBuffer.insert(mCellBuffer.end(), run, end);
+        doubleQuotes(mCellBuffer, data, end, quote, mStringDelimiter);
         data = mCellBuffer.data();
         size = mCellBuffer.size();
     }
-    return put(&mStringDelimiter, 1) && put(data, size) && put(&mStringDelimiter, 1);
+    return put(*mDevice, &mStringDelimiter, 1) && put(*mDevice, data, size) && put(*mDevice, &mStringDelimiter, 1);
 }
-
-bool kyCsvStream::put(const char* data, std::size_t size) { return mDevice->writeBytes(data, size) == size; }
 
 void kyCsvStream::setDevice(kyIoDevice* device)
 {

@@ -130,6 +130,8 @@ TEST_F(CsvWriterFile, TellsWhenTheDiskIsFull)
     std::size_t rows = 1;
     {
         const WriteLimit full(dir.file("t (1).csv"), limit);
+        if (!full.works())
+            GTEST_SKIP() << "a locked range can be written here";
         for (; rows < 1000 && writer.getStream().isOk(); ++rows)
             writer.getStream() << cell << cell << cell << endOfRow;
         EXPECT_FALSE(writer.getStream().isOk());
@@ -157,13 +159,15 @@ TEST_F(CsvWriterFile, FinishTellsWhatTheLastBlockMet)
         kyCsvFileWriter writer(dir.path(), "t", 1);
         kyCsvStream& stream = writer.getStream();
         const WriteLimit full(dir.file("t.csv"), 0);
+        if (!full.works())
+            GTEST_SKIP() << "a locked range can be written here";
         stream << std::string(cellSize, 'x') << endOfRow;
         // A cell larger than a block shows at once.
         EXPECT_EQ(stream.isOk(), cellSize == 5);
         writer.getStream();
         EXPECT_TRUE(stream.isOk());
         EXPECT_FALSE(writer.finish());
-        EXPECT_EQ(readFile(dir.file("t.csv")), "");
+        EXPECT_EQ(readFile(dir.file("t.csv")).size(), 0U);
     }
 }
 

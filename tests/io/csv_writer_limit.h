@@ -8,7 +8,7 @@
 namespace ky::test
 {
 
-/// While it lives, an existing file cannot be written at or behind `size` bytes, as if the disk were full.
+/// While it lives, an existing file of at most `size` bytes cannot grow beyond them, as if the disk were full.
 class WriteLimit
 {
 public:
@@ -16,6 +16,9 @@ public:
     ~WriteLimit();
     WriteLimit(const WriteLimit&) = delete;
     WriteLimit& operator=(const WriteLimit&) = delete;
+
+    /// False where the system does not hold to it (Wine).
+    bool works() const;
 
 private:
     struct State;
