@@ -38,7 +38,9 @@ bool canWriteAt(const std::string& pathUtf8, LARGE_INTEGER position)
     const bool written =
         SetFilePointerEx(file, position, nullptr, FILE_BEGIN) && WriteFile(file, "x", 1, &count, nullptr);
     if (written)
+    {
         EXPECT_TRUE(SetFilePointerEx(file, before, nullptr, FILE_BEGIN) && SetEndOfFile(file));
+    }
     CloseHandle(file);
     return written;
 }

@@ -141,7 +141,7 @@ TEST(CsvWriterProperty, WhatIsWrittenIsRead)
 {
     const TempDir dir;
     std::mt19937 random(64);
-    const int rounds = std::getenv("KY_SOAK") != nullptr ? 20000 : 600;
+    const int rounds = std::getenv("KY_SOAK") != nullptr ? 20000 : 300;
     for (int round = 0; round < rounds; ++round)
     {
         const Format format = randomFormat(random);
