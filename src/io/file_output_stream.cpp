@@ -81,6 +81,9 @@ bool FileOutputBuffer::close()
 
 std::unique_ptr<FileOutputStream> FileOutputStream::open(const std::string& pathUtf8)
 {
+    // The system would take the name up to the zero and empty that file.
+    if (pathUtf8.find('\0') != std::string::npos)
+        return nullptr;
     native::ErrorCode error = 0;
     native::FileHandle file = native::FileHandle::open(pathUtf8, native::OpenMode::Truncate, error);
     if (!file.isOpen())

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -196,6 +197,27 @@ TEST_F(CsvWriterFile, KeepsWhatItWroteWhenTheFolderGoesAway)
     EXPECT_EQ(readFile(dir.file("gone/t.csv")), "1,x\n2,x");
     EXPECT_EQ(readFile(dir.file("gone/t (1).csv")), "3,x\n4,x");
     EXPECT_EQ(readFile(dir.file("gone/t (2).csv")), failed ? "5,x" : "5,x\n6,x");
+}
+
+TEST_F(CsvWriterFile, SpreadsManyRowsOverManyFiles)
+{
+    const bool soak = std::getenv("KY_SOAK") != nullptr;
+    const int files = soak ? 1000 : 40;
+    const int rowsPerFile = soak ? 10000 : 500;
+    kyCsvFileWriter writer(dir.path(), "t", static_cast<unsigned int>(rowsPerFile));
+    writeRows(writer, 1, files * rowsPerFile);
+    ASSERT_TRUE(writer.finish());
+    EXPECT_EQ(writer.getFileCount(), static_cast<std::uint32_t>(files));
+    int next = 1;
+    for (int file = 0; file < files; ++file)
+    {
+        ky::kyCsvFileReader reader(true);
+        reader.setFileName(dir.file(file == 0 ? "t.csv" : "t (" + std::to_string(file) + ").csv"));
+        ASSERT_TRUE(reader.parseCsvFile());
+        ASSERT_EQ(reader.getTable().size(), static_cast<std::size_t>(rowsPerFile));
+        for (const auto& row : reader.getTable())
+            ASSERT_EQ(row[0].toInteger(), next++);
+    }
 }
 
 TEST_F(CsvWriterFile, WritesHugeCells)

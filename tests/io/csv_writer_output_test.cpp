@@ -54,6 +54,9 @@ TEST(CsvWriterOutput, KeepsEveryByteAcrossTheBlocks)
     }
     EXPECT_EQ(FileOutputStream::open(dir.path()), nullptr);
     EXPECT_EQ(FileOutputStream::open(dir.file("none/f")), nullptr);
+    writeFile(dir.file("g"), "before");
+    EXPECT_EQ(FileOutputStream::open(dir.file("g") + std::string(1, '\0') + "h"), nullptr);
+    EXPECT_EQ(readFile(dir.file("g")), "before");
 }
 
 TEST(CsvWriterOutput, TellsWhatCouldNotBeWritten)
