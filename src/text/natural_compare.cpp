@@ -19,6 +19,14 @@ bool isDigit(Char character)
     return character >= Char('0') && character <= Char('9');
 }
 
+/// Blanks and punctuation of ASCII. Many collations skip them on the first level, which would put "a.txt" behind
+/// "a2.txt"; here they are letters before all others, in the order of their codes.
+bool isMark(wchar_t character)
+{
+    return (character >= L' ' && character < L'0') || (character > L'9' && character < L'A') ||
+           (character > L'Z' && character < L'a') || (character > L'z' && character <= L'~');
+}
+
 /// What a collation is asked about instead of characters that it need not know.
 wchar_t weighable(wchar_t character)
 {
@@ -30,8 +38,8 @@ wchar_t weighable(wchar_t character)
     return surrogate || value > 0x10FFFF ? replacement : character;
 }
 
-// Weights are doubled to make room for the numbers between them.
-std::uint32_t doubled(wchar_t weight) { return static_cast<std::uint32_t>(weight) << 1; }
+// Room for the marks below the weights, and for the numbers between them.
+std::uint32_t spread(wchar_t weight) { return 0x80U + (static_cast<std::uint32_t>(weight) << 1); }
 
 template <typename Sequence>
 int compareSequences(const Sequence& a, const Sequence& b)
@@ -92,15 +100,13 @@ NaturalOrder::NaturalOrder(const Collation& collation) : mCollation(collation)
     std::wstring weights;
     collation.weigh(L"0", weights);
     if (!weights.empty() && weights.front() != Collation::levelSeparator)
-        mNumberWeight = doubled(weights.front()) + 1;
+        mNumberWeight = spread(weights.front()) + 1;
     mSensitive = tableFor(true);
     mInsensitive = tableFor(false);
 }
 
 void NaturalOrder::appendRun(std::wstring_view run, Key& key) const
 {
-    if (run.empty())
-        return;
     std::wstring known(run);
     std::transform(known.begin(), known.end(), known.begin(), weighable);
     std::wstring weights;
@@ -110,7 +116,7 @@ void NaturalOrder::appendRun(std::wstring_view run, Key& key) const
         if (weight == Collation::levelSeparator && level + 1 < key.levels.size())
             ++level;
         else
-            key.levels[level].push_back(doubled(weight));
+            key.levels[level].push_back(spread(weight));
     key.text += run;
 }
 
@@ -136,12 +142,22 @@ NaturalOrder::Key NaturalOrder::keyOf(std::wstring_view text, bool caseSensitive
     Key key;
     for (auto at = text.begin(); at != text.end();)
     {
-        const auto digits = std::find_if(at, text.end(), isDigit<wchar_t>);
-        const auto next = std::find_if_not(digits, text.end(), isDigit<wchar_t>);
-        appendRun({at, digits}, key);
-        if (digits != next)
-            appendNumber({digits, next}, key);
-        at = next;
+        const auto start = at;
+        if (isMark(*at))
+        {
+            key.levels.front().push_back(static_cast<Weight>(*at));
+            key.text.push_back(*at++);
+        }
+        else if (isDigit(*at))
+        {
+            at = std::find_if_not(at, text.end(), isDigit<wchar_t>);
+            appendNumber({start, at}, key);
+        }
+        else
+        {
+            at = std::find_if(at, text.end(), [](wchar_t c) { return isDigit(c) || isMark(c); });
+            appendRun({start, at}, key);
+        }
     }
     return key;
 }
@@ -156,9 +172,7 @@ int NaturalOrder::compare(std::wstring_view a, std::wstring_view b, bool caseSen
 
 std::vector<NaturalOrder::Weight> NaturalOrder::firstLevel(std::wstring_view text) const
 {
-    Key key;
-    appendRun(text, key);
-    return std::move(key.levels.front());
+    return std::move(keyOf(text, true).levels.front());
 }
 
 NaturalOrder::AsciiTable NaturalOrder::tableFor(bool caseSensitive) const

@@ -28,8 +28,9 @@ public:
 };
 
 /// A strict weak order. Texts have a key, and keys are compared like words: first the weights of the first level, with
-/// every run of digits as one item in the place of the digit 0, then those of the other levels, last the code points
-/// without leading zeros. So an accent or a capital decides only between texts that are otherwise the same.
+/// blanks and punctuation of ASCII before all others and every run of digits as one item in the place of the digit 0,
+/// then those of the other levels, last the code points without leading zeros. So an accent or a capital decides only
+/// between texts that are otherwise the same.
 class NaturalOrder
 {
 public:
