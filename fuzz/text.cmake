@@ -1,2 +1,3 @@
 ky_fuzz(utf8_text text/utf8_text_fuzz.cpp)
 ky_fuzz(hex_uuid text/hex_uuid_fuzz.cpp)
+ky_fuzz(natural_order text/natural_order_fuzz.cpp)
