@@ -47,6 +47,7 @@ std::string cell(std::string text, std::size_t width)
 
 int main()
 {
+    ky::kySystemUtils::ExportProcessorCount();
     ky::initializeKySystem(ky::InitType::Light, false);
 
     std::vector<Part> parts = {{"coil10", 25.4, 1500.0F, 1234567},

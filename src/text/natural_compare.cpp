@@ -48,24 +48,39 @@ int compareSequences(const Sequence& a, const Sequence& b)
     return order < 0 ? -1 : (order > 0 ? 1 : 0);
 }
 
+template <typename Word>
+std::uint64_t wordAt(const char* at)
+{
+    Word word = 0;
+    std::memcpy(&word, at, sizeof(word));
+    return word;
+}
+
 /// Whether all bytes lie between 1 and 127.
 bool isPlainAscii(std::string_view text)
 {
     constexpr std::uint64_t low = 0x0101010101010101U;
     constexpr std::uint64_t high = low << 7;
-    std::uint64_t marks = 0;
+    const auto marksOf = [](std::uint64_t word) { return word | (word - low); };
     const char* at = text.data();
     const char* const end = at + text.size();
-    for (; end - at >= 8; at += 8)
+    std::uint64_t marks = 0;
+    if (text.size() >= 8)
     {
-        std::uint64_t word = 0;
-        std::memcpy(&word, at, sizeof(word));
-        marks |= word | (word - low);
+        for (; end - at > 8; at += 8)
+            marks |= marksOf(wordAt<std::uint64_t>(at));
+        marks |= marksOf(wordAt<std::uint64_t>(end - 8));
     }
-    for (; at != end; ++at)
-        marks |= *at > 0 ? 0U : high;
+    else if (text.size() >= 4)
+        marks = marksOf(wordAt<std::uint32_t>(at) | wordAt<std::uint32_t>(end - 4) << 32);
+    else
+        for (; at != end; ++at)
+            marks |= *at > 0 ? 0U : high;
     return (marks & high) == 0;
 }
+
+constexpr std::uint64_t digitFlag = 0x80;
+constexpr int weightShift = 8;
 
 /// Compares the runs of digits at the start of two texts and removes them.
 int compareNumbers(const char*& a, const char* endA, const char*& b, const char* endB)
@@ -182,17 +197,21 @@ NaturalOrder::AsciiTable NaturalOrder::tableFor(bool caseSensitive) const
     {
         const auto character = static_cast<wchar_t>(i);
         const wchar_t folded = caseSensitive ? character : mCollation.lower(character);
-        table.folded[i] = static_cast<char>(folded);
+        if (folded <= 0 || folded >= static_cast<wchar_t>(asciiCount) || isDigit(folded) != isDigit(character))
+        {
+            table.usable = false;
+            return table;
+        }
+        table.entries[i] = static_cast<Entry>(folded);
         if (isDigit(character))
         {
-            table.weights[i] = mNumberWeight;
-            table.usable = table.usable && folded == character;
+            table.entries[i] |= digitFlag | static_cast<Entry>(mNumberWeight) << weightShift;
             continue;
         }
         const std::vector<Weight> weights = firstLevel({&folded, 1});
-        table.weights[i] = weights.empty() ? 0 : weights.front();
-        const bool plain = folded > 0 && folded < static_cast<wchar_t>(asciiCount) && !isDigit(folded);
-        table.usable = table.usable && plain && weights.size() <= 1;
+        if (!weights.empty())
+            table.entries[i] |= static_cast<Entry>(weights.front()) << weightShift;
+        table.usable = table.usable && weights.size() <= 1;
     }
     table.usable = table.usable && weighsOneByOne(table);
     return table;
@@ -206,11 +225,10 @@ bool NaturalOrder::weighsOneByOne(const AsciiTable& table) const
         std::vector<Weight> expected;
         const auto append = [&](wchar_t character)
         {
-            const auto folded = static_cast<std::size_t>(table.folded[static_cast<std::size_t>(character)]);
-            pairs.push_back(static_cast<wchar_t>(folded));
-            const Weight weight = table.weights[static_cast<std::size_t>(character)];
-            if (weight != 0)
-                expected.push_back(weight);
+            const Entry entry = table.entries[static_cast<std::size_t>(character)];
+            pairs.push_back(static_cast<wchar_t>(entry & (digitFlag - 1)));
+            if (entry >> weightShift != 0)
+                expected.push_back(static_cast<Weight>(entry >> weightShift));
         };
         for (wchar_t second = 1; second < static_cast<wchar_t>(asciiCount) && !isDigit(first); ++second)
             if (!isDigit(second))
@@ -229,8 +247,7 @@ bool NaturalOrder::compareAscii(std::string_view a, std::string_view b, bool cas
     const AsciiTable& table = caseSensitive ? mSensitive : mInsensitive;
     if (KY_UNLIKELY(!table.usable || !isPlainAscii(a) || !isPlainAscii(b)))
         return false;
-    const auto weightOf = [&table](char character) { return table.weights[static_cast<unsigned char>(character)]; };
-    const auto foldedOf = [&table](char character) { return table.folded[static_cast<unsigned char>(character)]; };
+    const auto entryOf = [&table](const char* at) { return table.entries[static_cast<unsigned char>(*at)]; };
     const char* left = a.data();
     const char* right = b.data();
     const char* const endLeft = left + a.size();
@@ -238,27 +255,36 @@ bool NaturalOrder::compareAscii(std::string_view a, std::string_view b, bool cas
     bool same = true;
     while (left != endLeft && right != endRight)
     {
-        const Weight weightLeft = weightOf(*left);
-        const Weight weightRight = weightOf(*right);
-        if (KY_UNLIKELY(weightLeft == 0 || weightRight == 0))
+        const Entry entryLeft = entryOf(left);
+        const Entry entryRight = entryOf(right);
+        if ((entryLeft & entryRight & digitFlag) != 0)
         {
-            same = false;
-            left += weightLeft == 0 ? 1 : 0;
-            right += weightRight == 0 ? 1 : 0;
+            result = compareNumbers(left, endLeft, right, endRight);
+            if (result != 0)
+                return true;
             continue;
         }
-        result = weightLeft < weightRight ? -1 : 1;
-        if (weightLeft != weightRight)
-            return true;
-        if (!isDigit(*left))
-            same = foldedOf(*left++) == foldedOf(*right++) && same;
-        else if ((result = compareNumbers(left, endLeft, right, endRight)) != 0)
-            return true;
+        if (entryLeft != entryRight)
+        {
+            const bool skipLeft = entryLeft >> weightShift == 0;
+            const bool skipRight = entryRight >> weightShift == 0;
+            same = false;
+            if (KY_UNLIKELY(skipLeft || skipRight))
+            {
+                left += skipLeft ? 1 : 0;
+                right += skipRight ? 1 : 0;
+                continue;
+            }
+            result = entryLeft >> weightShift < entryRight >> weightShift ? -1 : 1;
+            if (entryLeft >> weightShift != entryRight >> weightShift)
+                return true;
+        }
+        ++left;
+        ++right;
     }
-    const auto rest = [&](const char* at, const char* end)
-    { return std::any_of(at, end, [&](char character) { return weightOf(character) != 0; }); };
-    const bool more = rest(left, endLeft);
-    if (more || rest(right, endRight))
+    const auto hasWeight = [&entryOf](const char& at) { return entryOf(&at) >> weightShift != 0; };
+    const bool more = std::any_of(left, endLeft, hasWeight);
+    if (more || std::any_of(right, endRight, hasWeight))
     {
         result = more ? 1 : -1;
         return true;

@@ -49,12 +49,13 @@ private:
     static constexpr std::size_t asciiCount = 128;
     using Weight = std::uint32_t;
 
-    /// Of the first level; 0 for characters without.
+    /// A character's weight of the first level, 0 for none, above one byte: the folded character, and whether it is a
+    /// digit.
+    using Entry = std::uint64_t;
     struct AsciiTable
     {
         bool usable = true;
-        std::array<Weight, asciiCount> weights{};
-        std::array<char, asciiCount> folded{};
+        std::array<Entry, asciiCount> entries{};
     };
     struct Key;
 
