@@ -4,11 +4,13 @@
 /// \file
 /// The whole public interface.
 
+#include <ky/kyAsciiTableBuilder.h>
 #include <ky/kyConcurrent.h>
 #include <ky/kyConcurrentPool.h>
 #include <ky/kyCpuInfo.h>
 #include <ky/kyCsvFileReader.h>
 #include <ky/kyDirUtils.h>
+#include <ky/kyEnumHelper.h>
 #include <ky/kyException.h>
 #include <ky/kyHighResTimer.h>
 #include <ky/kyIniFile.h>
@@ -31,3 +33,4 @@
 #include <ky/kyVersion.h>
 #include <ky/kyWaitCondition.h>
 #include <ky/kyWorkThread.h>
+#include <ky/kyXRefResolverSearchPath.h>

@@ -24,7 +24,7 @@ using Names = std::vector<std::string>;
                      caseSensitive ? S::UTF8NaturalSortFunction : S::UTF8NaturalSortFunctionCaseInsensitive);
     if (names != expected)
         std::fprintf(stderr, "%s\n", testing::PrintToString(names).c_str());
-    std::exit(names == expected && ky::test::brokenOrderLaws(5000) == 0 ? 0 : 1);
+    std::_Exit(names == expected && ky::test::brokenOrderLaws(1000) == 0 ? 0 : 1);
 }
 
 class NaturalLocale : public testing::Test
@@ -106,7 +106,7 @@ TEST_F(NaturalLocale, LettersFoldAsTheUserExpects)
         const bool dotted = S::CompareUTF8Natural("\xC4\xB0"
                                                   "1",
                                                   "i1", false) == 0;
-        std::exit(dotless && dotted && S::CompareUTF8Natural("I1", "i1", false) != 0 ? 0 : 1);
+        std::_Exit(dotless && dotted && S::CompareUTF8Natural("I1", "i1", false) != 0 ? 0 : 1);
     };
     EXPECT_EXIT(check(), testing::ExitedWithCode(0), "");
     EXPECT_EXIT(sortAndExit({"h", "\xC4\xB1", "i2", "i10"}, false), testing::ExitedWithCode(0), "");

@@ -78,9 +78,9 @@ TEST_F(Tool, CsvShowsTypesAndWritesTheSummary)
     const Result result = ky({"csv", table, "--ini", dir.file("sum.ini"), "--rows", "1"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_THAT(result.output, HasSubstr("2 rows, 3 columns"));
-    EXPECT_THAT(result.output, HasSubstr("INTEGER 1  STRING 1"));
+    EXPECT_THAT(result.output, HasSubstr("INTEGER 1, STRING 1        7\n"));
     EXPECT_THAT(result.output, HasSubstr("REAL 2"));
-    EXPECT_THAT(result.output, HasSubstr("Z\xC3\xBCrich, ZH | 434736"));
+    EXPECT_THAT(result.output, HasSubstr("Z\xC3\xBCrich, ZH  434736"));
     EXPECT_THAT(result.output, Not(HasSubstr("Bern")));
     EXPECT_EQ(readFile(dir.file("sum.ini")),
               "[General]\n\n[st\xC3\xA4"
