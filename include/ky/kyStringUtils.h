@@ -227,13 +227,13 @@ public:
 
     /// \name Natural order
     /// The order in which people expect names: by the user's locale, with runs of the digits 0 to 9 compared by their
-    /// value, so that "file2" comes before "file10". Runs may be of any length; leading zeros do not count, and texts
-    /// that differ in nothing else are equal. -1, 0 or 1 for less, equal and greater.
+    /// value, so that "file2" comes before "file10", however long they are. -1, 0 or 1 for less, equal and greater.
     ///
     /// On Windows the system compares (`CompareStringEx`), and a failure, texts of more than 2^31 - 1 characters
     /// included, gives -2. Elsewhere the collation and the case mapping of the locale decide that the environment named
-    /// when a text was first compared; texts are then equal only if nothing but leading zeros, and case when it is
-    /// ignored, differs. The process's own locale plays no role.
+    /// when texts were first compared, with ASCII blanks and punctuation before digits before letters; accents, and
+    /// then case, decide only between texts that are otherwise the same. Texts are equal there only if nothing but
+    /// leading zeros, and case when it is ignored, differs. The process's own locale plays no role.
     /// @{
 
     /// Compares `lengthA` characters at `a` with `lengthB` at `b`. Neither pointer may be null.

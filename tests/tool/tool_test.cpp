@@ -202,6 +202,23 @@ TEST_F(Tool, LogAppendsWholeLinesFromSeveralProcesses)
     EXPECT_THAT(folder.output, HasSubstr("none/x.log"));
 }
 
+TEST_F(Tool, SortPrintsLinesInNaturalOrder)
+{
+    const std::string first = dir.file("first.txt");
+    const std::string second = dir.file("zw\xC3\xB6lf.txt");
+    writeFile(first, "file10\nfile2\r\nfile2\n\nfile1");
+    writeFile(second, "File2\n");
+    EXPECT_EQ(ky({"sort", first}).output, "\nfile1\nfile2\nfile2\nfile10\n");
+    EXPECT_EQ(ky({"sort", "-r", "-u", first}).output, "file10\nfile2\nfile1\n\n");
+    EXPECT_EQ(ky({"sort", "-i", "-u", first, second}).output, "\nfile1\nfile2\nfile10\n");
+    EXPECT_EQ(ky({"sort", "-i", "-u", second, first}).output, "\nfile1\nFile2\nfile10\n");
+    const Result missing = ky({"sort", first, dir.file("none.txt")});
+    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_THAT(missing.output, HasSubstr("none.txt: cannot be read"));
+    EXPECT_THAT(missing.output, Not(HasSubstr("file1"))) << "half a result would mislead";
+    EXPECT_EQ(ky({"sort", dir.path()}).exitCode, 1);
+}
+
 TEST_F(Tool, ReportShowsTheMachineAndWritesIt)
 {
     const std::string ini = dir.file("m\xC3\xA4.ini");

@@ -79,12 +79,21 @@ struct ReportOptions
     std::string csvFile; ///< empty for none
 };
 
+struct SortOptions
+{
+    std::vector<std::string> files; ///< empty for standard input
+    bool ignoreCase = false;
+    bool reverse = false;
+    bool unique = false;
+};
+
 ExitCode runClear(const ClearOptions& options);
 ExitCode runCsv(const CsvOptions& options);
 ExitCode runFind(const FindOptions& options);
 ExitCode runIni(const IniOptions& options);
 ExitCode runLog(const LogOptions& options);
 ExitCode runReport(const ReportOptions& options);
+ExitCode runSort(const SortOptions& options);
 
 /// Prints "ky: FILE: reason" to standard error.
 ExitCode fail(const std::string& file, const std::string& reason);

@@ -33,6 +33,7 @@ struct Options
     IniOptions ini;
     LogOptions log;
     ReportOptions report;
+    SortOptions sort;
     SessionLog session;
 };
 
@@ -117,6 +118,16 @@ void defineReport(CLI::App& app, ReportOptions& report)
     command->add_option("--csv", report.csvFile, "write everything to this CSV file, a path and a value a row");
 }
 
+void defineSort(CLI::App& app, SortOptions& sort)
+{
+    CLI::App* const command = app.add_subcommand(
+        "sort", "Print lines in natural order: file2 before file10, letters as the user's locale has them");
+    command->add_option("FILE", sort.files, "UTF-8 texts; standard input when there is none");
+    command->add_flag("-i,--ignore-case", sort.ignoreCase, "compare letters without regard to case");
+    command->add_flag("-r,--reverse", sort.reverse, "last line first");
+    command->add_flag("-u,--unique", sort.unique, "of lines that compare equal only the first");
+}
+
 void defineSession(CLI::App& app, SessionLog& session)
 {
     app.add_option("--log", session.file, "keep a log of the steps in this rotating file");
@@ -163,6 +174,8 @@ ExitCode run(const CLI::App& app, const Options& options)
         return runIni(options.ini);
     if (app.got_subcommand("report"))
         return runReport(options.report);
+    if (app.got_subcommand("sort"))
+        return runSort(options.sort);
     return runLog(options.log);
 }
 
@@ -180,6 +193,7 @@ ExitCode runTool(std::vector<std::string> arguments)
     defineIni(app, options.ini);
     defineLog(app, options.log);
     defineReport(app, options.report);
+    defineSort(app, options.sort);
     try
     {
         std::reverse(arguments.begin(), arguments.end());
