@@ -1,11 +1,16 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Runs the benchmark programs and prints one table of ratios: tools/bench.py BIN_DIR [AREA] [--json OUT]
+"""Runs the benchmark programs and prints one table: tools/bench.py BIN_DIR [AREA...] [--out FOLDER] [--from JSON]
 
 A benchmark is named WORKLOAD/CASE/CONTESTANT. The contestant "ky" is this library, names that begin with "floor" are
-what no implementation can avoid, all others are peers. Each figure is the median of the repetitions of one run.
+what no implementation can avoid, all others are peers. Each figure is the median of the repetitions of one run. Rows
+that bench/targets.json names have a target: at most so many times the best peer's time, or the floor's.
+
+--out FOLDER also writes results.json, performance.md and performance.svg there; --from JSON takes the figures of an
+earlier run instead of measuring.
 """
 import json
+import math
 import os
 import subprocess
 import sys
@@ -13,6 +18,7 @@ from collections import defaultdict
 from pathlib import Path
 
 REPETITIONS = 5
+TARGETS = Path(__file__).resolve().parent.parent / "bench" / "targets.json"
 
 
 def run(program):
@@ -43,32 +49,113 @@ def collect(programs):
 
 def best(row, wanted):
     found = [(time, name) for name, time in row.items() if wanted(name)]
-    return min(found) if found else (None, "-")
+    return min(found) if found else (None, "")
 
 
 def ratio(value, base):
-    return f"{value / base:6.2f}" if value and base else "     -"
+    return value / base if value and base else None
+
+
+def shown(value, form="{:.2f}"):
+    return form.format(value) if value is not None else "-"
+
+
+def figure(nanoseconds):
+    """Three digits and a unit."""
+    if nanoseconds is None:
+        return "-"
+    for unit, factor in (("ns", 1), ("us", 1e3), ("ms", 1e6)):
+        if nanoseconds < 1000 * factor or unit == "ms":
+            return f"{nanoseconds / factor:.3g} {unit}"
+    return None
+
+
+class Row:
+    def __init__(self, name, times, target):
+        self.name = name
+        self.own = times.get("ky")
+        self.peer, self.peer_name = best(times, lambda n: not n.startswith(("floor", "ky")))
+        self.floor, _ = best(times, lambda n: n.startswith("floor"))
+        self.to_peer, self.to_floor = ratio(self.own, self.peer), ratio(self.own, self.floor)
+        self.target, self.verdict = "", ""
+        for base, reached in (("peer", self.to_peer), ("floor", self.to_floor)):
+            if base in target and reached is not None:
+                self.target = f"{target[base]:g} x {base}"
+                self.verdict = "met" if reached <= target[base] else "missed"
+
+    def cells(self):
+        return [self.name, figure(self.own), figure(self.peer), self.peer_name, figure(self.floor), shown(self.to_peer),
+                shown(self.to_floor), self.target, self.verdict]
+
+
+HEADER = ["row", "kySystem", "best peer", "which", "floor", "/ peer", "/ floor", "target", ""]
+
+
+def text_table(rows):
+    lines = [HEADER] + [row.cells() for row in rows]
+    widths = [max(len(line[i]) for line in lines) for i in range(len(HEADER))]
+    return "\n".join("  ".join(cell.ljust(width) if i in (0, 3, 7, 8) else cell.rjust(width)
+                               for i, (cell, width) in enumerate(zip(line, widths))).rstrip() for line in lines)
+
+
+def markdown_table(rows):
+    lines = ["| " + " | ".join(HEADER) + " |", "|" + "---|" * len(HEADER)]
+    lines += ["| `" + row.cells()[0] + "` | " + " | ".join(row.cells()[1:]) + " |" for row in rows]
+    return "\n".join(lines) + "\n"
+
+
+def plot(rows):
+    """Bars from the best peer's time (1) to ours, in powers of two, as a drawing that a browser shows."""
+    rows = [row for row in rows if row.to_peer]
+    left, unit, step = 270, 42, 17
+    middle, height = left + 7 * unit, 40 + step * len(rows)
+    out = [f'<svg xmlns="http://www.w3.org/2000/svg" width="{middle + 3 * unit}" height="{height}" '
+           'font-family="sans-serif" font-size="11">',
+           '<rect width="100%" height="100%" fill="#ffffff"/>',
+           f'<text x="{left}" y="14">time beside the best peer (shorter is faster; 1 is equal)</text>']
+    for power in range(-7, 3):
+        x = middle + power * unit
+        label = f"1/{2 ** -power}" if power < 0 else f"{2 ** power}"
+        out.append(f'<line x1="{x}" x2="{x}" y1="34" y2="{height}" stroke="{"#444444" if power == 0 else "#dddddd"}"/>')
+        out.append(f'<text x="{x}" y="30" text-anchor="middle" fill="#666666">{label}</text>')
+    for index, row in enumerate(rows):
+        x = middle + max(-7.0, min(2.5, math.log2(row.to_peer))) * unit
+        y = 38 + index * step
+        colour = "#2a7a4b" if row.to_peer <= 1 else "#b0562a"
+        out.append(f'<text x="{left - 8}" y="{y + 10}" text-anchor="end">{row.name}</text>')
+        out.append(f'<rect x="{min(x, middle):.1f}" y="{y}" width="{abs(x - middle):.1f}" height="{step - 5}" fill="{colour}"/>')
+    return "\n".join(out + ["</svg>"]) + "\n"
+
+
+def option(arguments, name):
+    if name not in arguments:
+        return None
+    at = arguments.index(name)
+    value = arguments[at + 1]
+    del arguments[at:at + 2]
+    return value
 
 
 def main():
     arguments = sys.argv[1:]
-    out = None
-    if "--json" in arguments:
-        at = arguments.index("--json")
-        out = arguments[at + 1]
-        del arguments[at:at + 2]
-    folder = Path(arguments[0])
-    areas = arguments[1:] or [p.name[6:] for p in sorted(folder.glob("bench_*")) if os.access(p, os.X_OK)]
-    rows = collect([folder / f"bench_{area}" for area in areas])
-    print(f"{'row':<40} {'/ best peer':>11} {'best peer':<26} {'/ floor':>8}")
-    for name in sorted(rows):
-        row = rows[name]
-        own = row.get("ky")
-        peer, peer_name = best(row, lambda n: n != "ky" and not n.startswith(("floor", "ky")))
-        floor, _ = best(row, lambda n: n.startswith("floor"))
-        print(f"{name:<40} {ratio(own, peer):>11} {peer_name:<26} {ratio(own, floor):>8}")
+    out, source = option(arguments, "--out"), option(arguments, "--from")
+    if source:
+        times = json.loads(Path(source).read_text(encoding="utf-8"))
+    else:
+        folder = Path(arguments[0])
+        areas = arguments[1:] or [p.name[6:] for p in sorted(folder.glob("bench_*")) if os.access(p, os.X_OK)]
+        times = collect([folder / f"bench_{area}" for area in areas])
+    targets = json.loads(TARGETS.read_text(encoding="utf-8"))
+    rows = [Row(name, times[name], targets.get(name, {})) for name in sorted(times) if "ky" in times[name]]
+    print(text_table(rows))
+    missing = sorted(set(targets) - set(times))
+    if missing and not source and not arguments[1:]:
+        print("not measured: " + ", ".join(missing))
     if out:
-        Path(out).write_text(json.dumps(rows, indent=1, sort_keys=True), encoding="utf-8")
+        Path(out).mkdir(parents=True, exist_ok=True)
+        Path(out, "results.json").write_text(json.dumps(times, indent=1, sort_keys=True), encoding="utf-8")
+        Path(out, "performance.md").write_text(markdown_table(rows), encoding="utf-8")
+        Path(out, "performance.svg").write_text(plot(rows), encoding="utf-8")
     return 0 if rows else 1
 
 

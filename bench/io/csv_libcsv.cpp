@@ -29,7 +29,59 @@ void onRow(int, void* collector)
     target.row = {};
 }
 
+/// Cells come through a buffer: quicker than its own way to write to a file.
+class Writer
+{
+public:
+    explicit Writer(const std::string& path) : mFile(std::fopen(path.c_str(), "wb")), mCell(256)
+    {
+        std::setvbuf(mFile, nullptr, _IOFBF, 0x10000);
+    }
+    ~Writer() { std::fclose(mFile); }
+    Writer(const Writer&) = delete;
+    Writer& operator=(const Writer&) = delete;
+
+    void cell(const char* text, std::size_t size, char behind)
+    {
+        const std::size_t wanted = csv_write(mCell.data(), mCell.size() - 1, text, size);
+        mCell[wanted] = behind;
+        std::fwrite(mCell.data(), 1, wanted + 1, mFile);
+    }
+    template <typename Number>
+    void cell(const char* format, Number number, char behind)
+    {
+        char text[32];
+        const int size = std::snprintf(text, sizeof text, format, number);
+        cell(text, static_cast<std::size_t>(size), behind);
+    }
+    void cell(const std::string& text, char behind) { cell(text.data(), text.size(), behind); }
+    bool finish() { return std::fflush(mFile) == 0; }
+
+private:
+    std::FILE* mFile;
+    std::vector<char> mCell;
+};
+
 } // namespace
+
+bool writeWithLibcsv(const std::string& path, const std::vector<MixedRow>& rows)
+{
+    Writer writer(path);
+    for (const MixedRow& row : rows)
+    {
+        writer.cell("%d", row.integers[0], ',');
+        writer.cell(row.texts[0], ',');
+        writer.cell(row.texts[1], ',');
+        writer.cell("%.3g", row.reals[0], ',');
+        writer.cell(row.texts[2], ',');
+        writer.cell("%d", row.integers[1], ',');
+        writer.cell("%d", row.integers[2], ',');
+        writer.cell("%.3g", row.reals[1], ',');
+        writer.cell(row.texts[3], ',');
+        writer.cell("%.3g", row.reals[2], '\n');
+    }
+    return writer.finish();
+}
 
 std::vector<std::vector<std::string>> readWithLibcsv(const std::string& path)
 {

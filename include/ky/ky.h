@@ -22,16 +22,29 @@
 /// \namespace kySystem
 /// The library's own version.
 
+#include <ky/kyAsciiTableBuilder.h>
 #include <ky/kyConcurrent.h>
 #include <ky/kyConcurrentPool.h>
 #include <ky/kyCpuInfo.h>
 #include <ky/kyCsvFileReader.h>
+#include <ky/kyCsvFileWriter.h>
+#include <ky/kyCsvStream.h>
+#include <ky/kyDataStream.h>
 #include <ky/kyDirUtils.h>
+#include <ky/kyEnumHelper.h>
 #include <ky/kyException.h>
 #include <ky/kyHighResTimer.h>
 #include <ky/kyIniFile.h>
+#include <ky/kyIoDevice.h>
+#include <ky/kyIoDeviceBroadcast.h>
+#include <ky/kyIoDeviceByteCounter.h>
+#include <ky/kyIoDeviceMemory.h>
+#include <ky/kyIoDeviceSignaler.h>
+#include <ky/kyIoDeviceStdStreamProxy.h>
+#include <ky/kyIoDeviceWriteStreamModifier.h>
 #include <ky/kyLockFile.h>
 #include <ky/kyLog.h>
+#include <ky/kyMathUtils.h>
 #include <ky/kyMutex.h>
 #include <ky/kyProgressNotifier.h>
 #include <ky/kyResource.h>
@@ -48,3 +61,4 @@
 #include <ky/kyVersion.h>
 #include <ky/kyWaitCondition.h>
 #include <ky/kyWorkThread.h>
+#include <ky/kyXRefResolverSearchPath.h>

@@ -175,6 +175,90 @@ public:
     [[nodiscard]] static std::string UnknownEncodingToUtf8(const std::string& text, char replacement);
     /// @}
 
+    /// \name Numbers to text
+    /// The same under every locale of the process, in ASCII.
+    /// @{
+
+    /// The value in decimal, filled up with zeros from the left to `width` characters. The zeros go before a minus
+    /// sign: -5 with width 4 gives "00-5". A width that is not larger than the number's length adds nothing.
+    [[nodiscard]] static std::string fromInt(int value, int width = 1);
+    [[nodiscard]] static std::string fromUInt(unsigned int value, int width = 1);
+    [[nodiscard]] static std::string fromInt64(std::int64_t value, int width = 1);
+    [[nodiscard]] static std::string fromUInt64(std::uint64_t value, int width = 1);
+
+    /// The value as a standard output stream writes it in the classic locale: with `precision` decimals when `fixed` is
+    /// set, otherwise in general notation with `precision` significant digits, without trailing zeros and with an
+    /// exponent of at least two digits ("1e+06") where that is the shorter form. Halves are decided by the exact binary
+    /// value. A negative precision counts as 6, and 0 significant digits as 1. Infinities are "inf" and "-inf", and
+    /// what is not a number is "nan" or "-nan".
+    [[nodiscard]] static std::string fromFloat(float value, int precision = 6, bool fixed = false);
+    [[nodiscard]] static std::string fromFloat(double value, int precision = 6, bool fixed = false);
+
+    /// The value rounded to a fraction, ties upwards in magnitude, with a decimal point.
+    ///
+    /// The denominator 1 rounds to whole numbers, 2 to halves (1 decimal), 4 to quarters (2), 5 to fifths (1), 8 to
+    /// eighths (3), 16 to sixteenths (4 decimals). `extraDecimals` is added to the number of decimals; the step stays
+    /// the same number of units in the last place, so that 2 with one extra decimal rounds to 0.05. When that makes 0
+    /// decimals, or `denominator` or `extraDecimals` is 17 or more, the value is rounded to the nearest integer, halves
+    /// away from zero. When it makes less than 0, the integer part is given.
+    ///
+    /// `maxDecimals` 0 leaves out the decimals after rounding; any other value changes nothing. With `forceSign` a
+    /// value of 0 or more has a "+"; a negative value that becomes 0 has its "-" only then. Not a number is "nan";
+    /// infinities are "inf" and "-inf".
+    ///
+    /// Other denominators are not to be passed; they round to one unit in the last place.
+    [[nodiscard]] static std::string roundNumber(double value, unsigned char denominator, char extraDecimals = 0,
+                                                 bool forceSign = false, unsigned char maxDecimals = 255);
+
+    /// The best approximation of `value` by a fraction whose denominator is at most `maxDenominator`, found by
+    /// continued fractions. `maxDenominator` must be at least 1 (less counts as 1). The denominator is at least 1, and
+    /// the sign is the numerator's. A numerator that would not fit is avoided by a smaller denominator; values beyond
+    /// 64 bits and infinities give the nearest limit over 1 (the negative one is -(2^63 - 1)), and what is not a number
+    /// 0 over 1.
+    static void computeFractionnalRepresentation(double value, std::int64_t& numerator, std::int64_t& denominator,
+                                                 std::int64_t maxDenominator);
+
+    enum SoftwareVersionComparisonResult
+    {
+        VersionInvalid = 1, ///< a text did not parse, or nothing was compared
+        VersionEqual = 2,   ///< equal over the compared components
+        VersionLower = 4,   ///< the first version is lower
+        VersionHigher = 8   ///< the first version is higher
+    };
+
+    /// Compares versions such as "1.10.2" number by number. The second one decides how many are compared, at most
+    /// `maxComponents`: missing components of the first are 0, further ones are ignored, so that "1.2.3" equals "1.2".
+    ///
+    /// White space around a text is ignored. A component is decimal, hexadecimal with 0x or octal with a leading 0, at
+    /// most 2^32 - 1; an empty one between two points is 0.
+    [[nodiscard]] static SoftwareVersionComparisonResult
+    compareSoftwareVersion(const std::string& a, const std::string& b, std::size_t maxComponents = npos);
+    /// @}
+
+    /// \name Natural order
+    /// The order in which people expect names: by the user's locale, with runs of the digits 0 to 9 compared by their
+    /// value, so that "file2" comes before "file10", however long they are. -1, 0 or 1 for less, equal and greater.
+    ///
+    /// On Windows the system compares (`CompareStringEx`), and a failure, texts of more than 2^31 - 1 characters
+    /// included, gives -2. Elsewhere the collation and the case mapping of the locale decide that the environment named
+    /// when texts were first compared, with ASCII blanks and punctuation before digits before letters; accents, and
+    /// then case, decide only between texts that are otherwise the same. Texts are equal there only if nothing but
+    /// leading zeros, and case when it is ignored, differs. The process's own locale plays no role.
+    /// @{
+
+    /// Compares `lengthA` characters at `a` with `lengthB` at `b`. Neither pointer may be null.
+    [[nodiscard]] static int CompareUTF16Natural(const wchar_t* a, std::size_t lengthA, const wchar_t* b,
+                                                 std::size_t lengthB, bool caseSensitive);
+
+    /// The same on the texts that convertToUnicode() makes: ill-formed UTF-8 counts as U+FFFD, and a text ends at its
+    /// first NUL.
+    [[nodiscard]] static int CompareUTF8Natural(const std::string& a, const std::string& b, bool caseSensitive);
+
+    /// Whether CompareUTF8Natural() gives -1: strict weak orders for sorting and for ordered containers.
+    [[nodiscard]] static bool UTF8NaturalSortFunction(const std::string& a, const std::string& b);
+    [[nodiscard]] static bool UTF8NaturalSortFunctionCaseInsensitive(const std::string& a, const std::string& b);
+    /// @}
+
     /// \name Locales
     /// @{
 

@@ -278,6 +278,19 @@ public:
     /// `Map`: a copy; anything else: empty.
     [[nodiscard]] kyVariantMapImpl toMap() const;
 
+    /// Converts between `Integer`, `Real`, `String` and `Bool` when that does not change the value, and puts the result
+    /// into `out`; otherwise `out` stays as it is.
+    ///
+    /// `Integer` and `Real` into each other: when the number is the same. Numbers into `Bool`: 0 and 1. `String` into a
+    /// number: when the whole text is one, as in toInteger() and toReal(), and an integer is within 64 bits. `String`
+    /// into `Bool`: "true", "True", "TRUE", "t", "1", "false", "False", "FALSE", "f" and "0". `Bool` into numbers and
+    /// text: 1 or 0, "true" or "false". One step does lose precision: a `Real` becomes a `String` of 3 significant
+    /// digits. Any other type, as source or target, is refused.
+    ///
+    /// \return whether `out` is of type `target` now. So that this means success, `out` should be of another type
+    /// before, such as a fresh null variant. `out` may be this variant.
+    bool convertLosslessTo(Type target, kyVariant& out) const;
+
     /// The value that `text` denotes: an `Integer` if all of it parses as one (as in toInteger(); the empty text is 0),
     /// else a `Real` if all of it parses as one after every comma has become a point, else a `String`.
     ///@{

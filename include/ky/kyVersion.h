@@ -59,8 +59,8 @@ private:
     unsigned mMajor = 0;
     unsigned mMinor = 0;
     unsigned mRevision = 0;
-    unsigned mExtra1 = 0;
-    unsigned mExtra2 = 0;
+    [[maybe_unused]] unsigned mExtra1 = 0; ///< part of the layout
+    [[maybe_unused]] unsigned mExtra2 = 0; ///< part of the layout
     std::string mDescription;
 };
 

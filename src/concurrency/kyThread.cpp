@@ -42,6 +42,8 @@ constinit thread_local const kyThread* sCurrent = nullptr;
 /// publishes its id, and whoever asks for them waits until then.
 struct impl::ThreadHolder
 {
+    explicit ThreadHolder(const native::Thread& started) : thread(started) {}
+
     native::Thread thread;
     std::uint64_t processId = native::currentProcessId(); ///< a forked child inherits the object, not the thread
     std::atomic<std::uint32_t> id{0};

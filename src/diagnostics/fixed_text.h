@@ -43,7 +43,7 @@ private:
     }
 
     std::size_t mSize = 0;
-    char mText[Capacity];
+    char mText[Capacity] = {};
 };
 
 } // namespace ky::impl

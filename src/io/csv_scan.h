@@ -7,6 +7,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #if KY_ARCH_X64
 #include <emmintrin.h>
@@ -15,20 +16,61 @@
 namespace ky::impl
 {
 
-/// The first `wanted` in [from, end), or `end`. Meant for short ways, where a call would cost more than the search.
-inline char* findByte(char* from, char* end, char wanted)
+/// The first byte in [from, end) that is `a` or `b`, or `end`. Meant for short ways, where a call would cost more than
+/// the search.
+template <typename Char>
+Char* findEither(Char* from, Char* end, char a, char b)
 {
 #if KY_ARCH_X64
     for (; end - from >= 16; from += 16)
     {
         const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
-        if (const int found = _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(wanted))))
+        const __m128i same =
+            _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(a)), _mm_cmpeq_epi8(bytes, _mm_set1_epi8(b)));
+        if (const int found = _mm_movemask_epi8(same))
             return from + std::countr_zero(static_cast<unsigned>(found));
     }
 #endif
-    while (from != end && *from != wanted)
+    while (from != end && *from != a && *from != b)
         ++from;
     return from;
+}
+
+/// Whether one of `size` bytes is `a` or `b`.
+inline bool holdsEither(const char* data, std::size_t size, char a, char b)
+{
+#if KY_ARCH_X64
+    const auto matches = [a, b](__m128i bytes)
+    {
+        const __m128i same =
+            _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(a)), _mm_cmpeq_epi8(bytes, _mm_set1_epi8(b)));
+        return _mm_movemask_epi8(same);
+    };
+    // Most cells are short: two words that overlap as the size demands.
+    if (size >= 8 && size <= 16)
+    {
+        const __m128i first = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(data));
+        const __m128i last = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(data + size - 8));
+        return matches(_mm_unpacklo_epi64(first, last)) != 0;
+    }
+    if (size >= 4 && size < 8)
+    {
+        std::uint32_t first = 0;
+        std::uint32_t last = 0;
+        std::memcpy(&first, data, sizeof first);
+        std::memcpy(&last, data + size - sizeof last, sizeof last);
+        const __m128i bytes = _mm_cvtsi64_si128(static_cast<long long>(std::uint64_t{first} << 32 | last));
+        return (matches(bytes) & 0xFF) != 0;
+    }
+#endif
+    return findEither(data, data + size, a, b) != data + size;
+}
+
+/// The first `wanted` in [from, end), or `end`.
+template <typename Char>
+Char* findByte(Char* from, Char* end, char wanted)
+{
+    return findEither(from, end, wanted, wanted);
 }
 
 /// Quote, column delimiter, line feed and carriage return.

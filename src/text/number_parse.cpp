@@ -218,7 +218,7 @@ unsigned digitOf(char c) noexcept
 }
 
 template <unsigned Base>
-bool parseDigits(const char* at, const char* end, bool negative, std::int64_t& value) noexcept
+bool parseDigits(const char* at, const char* end, bool negative, std::int64_t& value, bool& saturated) noexcept
 {
     // So many digits fit whatever they are.
     constexpr std::ptrdiff_t safe = Base == 16 ? 15 : (Base == 10 ? 18 : 20);
@@ -232,7 +232,6 @@ bool parseDigits(const char* at, const char* end, bool negative, std::int64_t& v
     }
     const std::uint64_t limit =
         static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max()) + (negative ? 1U : 0U);
-    bool saturated = false;
     for (; at != end; ++at)
     {
         const unsigned digit = digitOf<Base>(*at);
@@ -246,9 +245,8 @@ bool parseDigits(const char* at, const char* end, bool negative, std::int64_t& v
     return true;
 }
 
-} // namespace
-
-bool parseWholeInteger(std::string_view text, std::int64_t& value) noexcept
+/// `saturated` is false before.
+bool parseInteger(std::string_view text, std::int64_t& value, bool& saturated) noexcept
 {
     const char* at = text.data();
     const char* const end = at + text.size();
@@ -261,10 +259,24 @@ bool parseWholeInteger(std::string_view text, std::int64_t& value) noexcept
     if (at == end)
         return false;
     if (*at != '0')
-        return parseDigits<10>(at, end, negative, value);
+        return parseDigits<10>(at, end, negative, value, saturated);
     if (isHexPrefix(at, end))
-        return end - at > 2 && parseDigits<16>(at + 2, end, negative, value);
-    return parseDigits<8>(at, end, negative, value);
+        return end - at > 2 && parseDigits<16>(at + 2, end, negative, value, saturated);
+    return parseDigits<8>(at, end, negative, value, saturated);
+}
+
+} // namespace
+
+bool parseWholeInteger(std::string_view text, std::int64_t& value) noexcept
+{
+    bool saturated = false;
+    return parseInteger(text, value, saturated);
+}
+
+bool parseWholeIntegerExactly(std::string_view text, std::int64_t& value) noexcept
+{
+    bool saturated = false;
+    return parseInteger(text, value, saturated) && !saturated;
 }
 
 bool parseWholeReal(std::string_view text, double& value) noexcept

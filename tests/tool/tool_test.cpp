@@ -50,6 +50,14 @@ TEST_F(Tool, WrongUsageIsTwoAndHelpIsZero)
         {"unknown"},
         {"csv"},
         {"csv", "a.csv", "--delimiter", "ab"},
+        {"csv", "a.csv", "--to", "b.txt"},
+        {"csv", "a.csv", "--to", ".csv"},
+        {"csv", "a.csv", "--to", ""},
+        {"csv", "a.csv", "b.csv", "--to", "c.csv"},
+        {"csv", "a.csv", "--to", "b.csv", "--ini", "c.ini"},
+        {"csv", "a.csv", "--to", "b.csv", "--to-separator", "\""},
+        {"csv", "a.csv", "--to", "b.csv", "--rows-per-file", "0"},
+        {"csv", "a.csv", "--bom"},
         {"ini", file},
         {"ini", file, "remove", "x"},
         {"ini", file, "get"},
@@ -78,9 +86,9 @@ TEST_F(Tool, CsvShowsTypesAndWritesTheSummary)
     const Result result = ky({"csv", table, "--ini", dir.file("sum.ini"), "--rows", "1"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_THAT(result.output, HasSubstr("2 rows, 3 columns"));
-    EXPECT_THAT(result.output, HasSubstr("INTEGER 1  STRING 1"));
+    EXPECT_THAT(result.output, HasSubstr("INTEGER 1, STRING 1        7\n"));
     EXPECT_THAT(result.output, HasSubstr("REAL 2"));
-    EXPECT_THAT(result.output, HasSubstr("Z\xC3\xBCrich, ZH | 434736"));
+    EXPECT_THAT(result.output, HasSubstr("Z\xC3\xBCrich, ZH  434736"));
     EXPECT_THAT(result.output, Not(HasSubstr("Bern")));
     EXPECT_EQ(readFile(dir.file("sum.ini")),
               "[General]\n\n[st\xC3\xA4"
@@ -90,6 +98,54 @@ TEST_F(Tool, CsvShowsTypesAndWritesTheSummary)
               "column3/longest=4\ncolumn3/name=share\ncolumn3/type/REAL=2\n"
               "columns=3\nrows=2\n");
     EXPECT_THAT(ky({"csv", table, "--text"}).output, Not(HasSubstr("REAL")));
+}
+
+TEST_F(Tool, CsvRewritesATableInAnotherShape)
+{
+    const std::string table = dir.file("t.csv");
+    const std::string to = dir.file("n\xC3\xA4.csv");
+    writeFile(table, "a;'b,c';\"\n007;\"x\"\n\n'it''s';'l1\r\n,l2'\n\n");
+    const std::vector<std::string> common = {"csv", table, "--to", to, "--delimiter", ";", "--quote", "'"};
+    const auto rewrite = [&](std::vector<std::string> options)
+    {
+        options.insert(options.begin(), common.begin(), common.end());
+        return ky(options);
+    };
+    const Result whole = rewrite({});
+    EXPECT_EQ(whole.output, to + ": 5 rows in 1 file(s)\n");
+    EXPECT_EQ(whole.exitCode, 0);
+    EXPECT_EQ(readFile(to), "a,\"b,c\",\"\"\"\"\r\n007,\"\"\"x\"\"\"\r\n\r\nit's,\"l1\r\n,l2\"\r\n");
+    const Result split =
+        rewrite({"--to-separator", "'", "--to-quote", "|", "--rows-per-file", "2", "--bom", "--line-breaks", " / "});
+    EXPECT_EQ(split.output, to + ": 5 rows in 3 file(s)\n");
+    EXPECT_EQ(readFile(to), "\xEF\xBB\xBF"
+                            "a'b,c'\"\r\n007'\"x\"");
+    EXPECT_EQ(readFile(dir.file("n\xC3\xA4 (1).csv")), "\xEF\xBB\xBF"
+                                                       "\r\n|it's|'l1 / ,l2");
+    EXPECT_EQ(readFile(dir.file("n\xC3\xA4 (2).csv")), "\xEF\xBB\xBF");
+    const Result torn = rewrite({"--to-separator", ";"});
+    EXPECT_EQ(torn.exitCode, 1);
+    EXPECT_THAT(torn.output, HasSubstr(to + ": row 4: a line break in a cell cannot be written"));
+}
+
+TEST_F(Tool, CsvRewritesNothingOntoItself)
+{
+    writeFile(dir.file("t (3).csv"), "a\nb\n");
+    writeFile(dir.file("u.csv"), "");
+    for (const std::string& name : {dir.file("t.csv"), dir.file("t (3).csv")})
+    {
+        const Result result = ky({"csv", dir.file("t (3).csv"), "--to", name});
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_THAT(result.output, HasSubstr("t (3).csv: cannot be rewritten onto itself"));
+    }
+    EXPECT_EQ(readFile(dir.file("t (3).csv")), "a\nb\n");
+    EXPECT_EQ(ky({"csv", dir.file("u.csv"), "--to", dir.file("v.csv")}).exitCode, 0);
+    EXPECT_TRUE(ky::test::exists(dir.file("v.csv")));
+    EXPECT_EQ(ky({"csv", dir.file("none.csv"), "--to", dir.file("w.csv")}).exitCode, 1);
+    EXPECT_FALSE(ky::test::exists(dir.file("w.csv")));
+    const Result folder = ky({"csv", dir.file("t (3).csv"), "--to", dir.file("none/t.csv")});
+    EXPECT_EQ(folder.exitCode, 1);
+    EXPECT_THAT(folder.output, HasSubstr("none/t.csv: cannot be written"));
 }
 
 TEST_F(Tool, CsvTellsTheReasonAndTheFileAndGoesOn)
@@ -144,6 +200,23 @@ TEST_F(Tool, LogAppendsWholeLinesFromSeveralProcesses)
     const Result folder = ky({"log", dir.path() + "/none/x.log", "x"});
     EXPECT_EQ(folder.exitCode, 1);
     EXPECT_THAT(folder.output, HasSubstr("none/x.log"));
+}
+
+TEST_F(Tool, SortPrintsLinesInNaturalOrder)
+{
+    const std::string first = dir.file("first.txt");
+    const std::string second = dir.file("zw\xC3\xB6lf.txt");
+    writeFile(first, "file10\nfile2\r\nfile2\n\nfile1");
+    writeFile(second, "File2\n");
+    EXPECT_EQ(ky({"sort", first}).output, "\nfile1\nfile2\nfile2\nfile10\n");
+    EXPECT_EQ(ky({"sort", "-r", "-u", first}).output, "file10\nfile2\nfile1\n\n");
+    EXPECT_EQ(ky({"sort", "-i", "-u", first, second}).output, "\nfile1\nfile2\nfile10\n");
+    EXPECT_EQ(ky({"sort", "-i", "-u", second, first}).output, "\nfile1\nFile2\nfile10\n");
+    const Result missing = ky({"sort", first, dir.file("none.txt")});
+    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_THAT(missing.output, HasSubstr("none.txt: cannot be read"));
+    EXPECT_THAT(missing.output, Not(HasSubstr("file1"))) << "half a result would mislead";
+    EXPECT_EQ(ky({"sort", dir.path()}).exitCode, 1);
 }
 
 TEST_F(Tool, ReportShowsTheMachineAndWritesIt)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ky/commands.h"
 #include "ky/progress.h"
+#include "ky/rewrite_table.h"
 #include "ky/table_summary.h"
 #include "ky/utf8_path.h"
 
@@ -106,10 +107,12 @@ ExitCode runCsv(const CsvOptions& options)
     for (std::size_t i = 0; i < options.files.size(); ++i)
     {
         progress->changeCurrentStep(1.0, i);
-        if (readTable(options.files[i], options, *progress, ini) != Done)
+        const std::string& file = options.files[i];
+        if ((options.rewrite.file.empty() ? readTable(file, options, *progress, ini)
+                                          : rewriteTable(file, options, *progress)) != Done)
             result = Failed;
         if (progress->shouldCancel())
-            return cancelled(options.files[i]);
+            return cancelled(file);
     }
     if (options.iniFile.empty())
         return result;

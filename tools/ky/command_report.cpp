@@ -3,6 +3,7 @@
 #include "ky/progress.h"
 #include "ky/utf8_path.h"
 
+#include <ky/kyAsciiTableBuilder.h>
 #include <ky/kyIniFile.h>
 #include <ky/kyLog.h>
 #include <ky/kySystemUtils.h>
@@ -22,40 +23,41 @@ namespace
 
 using Map = kyVariant::kyVariantMapImpl;
 
-constexpr std::size_t labelWidth = 14;
-constexpr std::size_t lineWidth = 100;
+constexpr std::size_t labelWidth = 12;
+constexpr std::size_t textWidth = 86;
 
 /// Lines of text under labels on the left.
 class Page
 {
 public:
+    Page() : mTable({}, AsciiTableBuilder::Style::Plain) { mTable.setMinWidth(0, labelWidth); }
+
     /// Texts under the same label stand below one another. An empty text shows nothing.
     void add(const std::string& label, const std::string& text)
     {
-        if (text.empty())
-            return;
-        const std::string shown = label == mLastLabel ? std::string() : label;
-        mLastLabel = label;
-        std::cout << shown << std::string(labelWidth - shown.size(), ' ') << text << '\n';
+        mWidest = std::max(mWidest, AsciiTableBuilder::DisplayWidth(text));
+        addLong(label, text);
     }
 
-    /// Breaks the line at blanks.
-    void addLong(const std::string& label, std::string text)
+    /// A text that may go on in further lines.
+    void addLong(const std::string& label, const std::string& text)
     {
-        constexpr std::size_t room = lineWidth - labelWidth;
-        while (text.size() > room)
-        {
-            const std::size_t blank = text.rfind(' ', room);
-            if (blank == std::string::npos)
-                break;
-            add(label, text.substr(0, blank));
-            text.erase(0, blank + 1);
-        }
-        add(label, text);
+        if (text.empty())
+            return;
+        mTable.addRow(label == mLastLabel ? std::string() : label, text);
+        mLastLabel = label;
+    }
+
+    void print()
+    {
+        mTable.setMaxWidth(1, std::max(mWidest, textWidth), AsciiTableBuilder::Overflow::Wrap);
+        std::cout << mTable;
     }
 
 private:
+    AsciiTableBuilder mTable;
     std::string mLastLabel;
+    std::size_t mWidest = 0; // of the texts that stay on one line
 };
 
 /// The parts that are not empty, joined.
@@ -197,6 +199,7 @@ void show(const Map& report, bool full)
     showPower(report, page);
     if (full)
         showRest(report, page);
+    page.print();
 }
 
 std::string csvCell(const std::string& text)

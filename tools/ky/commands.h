@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,17 @@ struct ClearOptions
     bool keep = false; ///< the folder itself
 };
 
+struct RewriteOptions
+{
+    std::string file; ///< folder, base name and ".csv"; empty for no rewriting
+    std::string lineBreak;
+    bool replaceLineBreaks = false; ///< by `lineBreak`, in cells that would fall apart
+    std::uint32_t rowsPerFile = 0xFFFFFFFF;
+    char separator = ',';
+    char quote = '"';
+    bool bom = false;
+};
+
 struct CsvOptions
 {
     std::vector<std::string> files;
@@ -30,6 +42,7 @@ struct CsvOptions
     char delimiter = ',';
     char quote = '"';
     bool typed = true;
+    RewriteOptions rewrite;
 };
 
 struct IniOptions
@@ -66,12 +79,21 @@ struct ReportOptions
     std::string csvFile; ///< empty for none
 };
 
+struct SortOptions
+{
+    std::vector<std::string> files; ///< empty for standard input
+    bool ignoreCase = false;
+    bool reverse = false;
+    bool unique = false;
+};
+
 ExitCode runClear(const ClearOptions& options);
 ExitCode runCsv(const CsvOptions& options);
 ExitCode runFind(const FindOptions& options);
 ExitCode runIni(const IniOptions& options);
 ExitCode runLog(const LogOptions& options);
 ExitCode runReport(const ReportOptions& options);
+ExitCode runSort(const SortOptions& options);
 
 /// Prints "ky: FILE: reason" to standard error.
 ExitCode fail(const std::string& file, const std::string& reason);

@@ -2,6 +2,7 @@
 #include "ky/commands.h"
 #include "ky/console_native.h"
 #include "ky/progress.h"
+#include "ky/rewrite_table.h"
 #include "ky/session.h"
 
 #include <CLI/CLI.hpp>
@@ -32,6 +33,7 @@ struct Options
     IniOptions ini;
     LogOptions log;
     ReportOptions report;
+    SortOptions sort;
     SessionLog session;
 };
 
@@ -45,13 +47,32 @@ void defineClear(CLI::App& app, ClearOptions& clear)
 
 void defineCsv(CLI::App& app, CsvOptions& csv)
 {
-    CLI::App* const command = app.add_subcommand("csv", "Read tables; print columns, types seen and first rows");
+    CLI::App* const command =
+        app.add_subcommand("csv", "Read tables; print columns, types seen and first rows, or rewrite one with --to");
     command->add_option("FILE", csv.files, "UTF-8 tables")->required();
-    command->add_option("--ini", csv.iniFile, "write the summary to this INI file");
+    auto* const ini = command->add_option("--ini", csv.iniFile, "write the summary to this INI file");
     command->add_option("--rows", csv.shownRows, "rows to show of each table")->capture_default_str();
     command->add_option("--delimiter", csv.delimiter, "column delimiter")->capture_default_str();
     command->add_option("--quote", csv.quote, "string delimiter")->capture_default_str();
     command->add_flag("!--text", csv.typed, "keep every cell as text instead of typing it");
+    RewriteOptions& rewrite = csv.rewrite;
+    auto* const to = command->add_option("--to", rewrite.file, "rewrite the one table FILE to this .csv file instead");
+    to->excludes(ini)->check([](const std::string& name) { return name.empty() ? "an empty name" : std::string(); });
+    command->add_option("--to-separator", rewrite.separator, "column separator to write")
+        ->capture_default_str()
+        ->needs(to);
+    command->add_option("--to-quote", rewrite.quote, "quote character to write")->capture_default_str()->needs(to);
+    command
+        ->add_option("--rows-per-file", rewrite.rowsPerFile,
+                     "go on in \"NAME (1).csv\", \"NAME (2).csv\" and so on after so many rows")
+        ->check(CLI::Range(1U, 0xFFFFFFFFU))
+        ->needs(to);
+    command->add_flag("--bom", rewrite.bom, "begin every file with a UTF-8 byte-order mark")->needs(to);
+    command
+        ->add_option("--line-breaks", rewrite.lineBreak,
+                     "put this in place of line breaks in cells that are not quoted; without it they are an error")
+        ->needs(to)
+        ->each([&rewrite](const std::string&) { rewrite.replaceLineBreaks = true; });
 }
 
 void defineFind(CLI::App& app, FindOptions& find)
@@ -97,6 +118,16 @@ void defineReport(CLI::App& app, ReportOptions& report)
     command->add_option("--csv", report.csvFile, "write everything to this CSV file, a path and a value a row");
 }
 
+void defineSort(CLI::App& app, SortOptions& sort)
+{
+    CLI::App* const command = app.add_subcommand(
+        "sort", "Print lines in natural order: file2 before file10, letters as the user's locale has them");
+    command->add_option("FILE", sort.files, "UTF-8 texts; standard input when there is none");
+    command->add_flag("-i,--ignore-case", sort.ignoreCase, "compare letters without regard to case");
+    command->add_flag("-r,--reverse", sort.reverse, "last line first");
+    command->add_flag("-u,--unique", sort.unique, "of lines that compare equal only the first");
+}
+
 void defineSession(CLI::App& app, SessionLog& session)
 {
     app.add_option("--log", session.file, "keep a log of the steps in this rotating file");
@@ -125,6 +156,8 @@ ExitCode run(const CLI::App& app, const Options& options)
                           " argument(s)");
     if (app.got_subcommand("log") && options.log.words.empty() != options.log.readInput)
         return wrongUsage("log takes either a MESSAGE or --stdin");
+    if (app.got_subcommand("csv") && !options.csv.rewrite.file.empty() && !rewriteMistake(options.csv).empty())
+        return wrongUsage(rewriteMistake(options.csv));
     // Clearing cannot be asked to stop: it is interrupted as any program.
     if (!app.got_subcommand("clear"))
         watchInterrupt();
@@ -141,6 +174,8 @@ ExitCode run(const CLI::App& app, const Options& options)
         return runIni(options.ini);
     if (app.got_subcommand("report"))
         return runReport(options.report);
+    if (app.got_subcommand("sort"))
+        return runSort(options.sort);
     return runLog(options.log);
 }
 
@@ -158,6 +193,7 @@ ExitCode runTool(std::vector<std::string> arguments)
     defineIni(app, options.ini);
     defineLog(app, options.log);
     defineReport(app, options.report);
+    defineSort(app, options.sort);
     try
     {
         std::reverse(arguments.begin(), arguments.end());

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "ky/table_summary.h"
 
-#include <ky/kyStringUtils.h>
+#include <ky/kyAsciiTableBuilder.h>
 
 #include <algorithm>
-#include <iomanip>
 #include <ostream>
 
 namespace ky::tool
@@ -13,29 +12,11 @@ namespace ky::tool
 namespace
 {
 
-constexpr std::size_t shownCharacters = 28;
+constexpr std::size_t shownWidth = 28; // of a cell
+constexpr std::size_t indent = 2;
 
-bool continuesCharacter(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
-
-/// At most `shownCharacters` code points on one line.
-std::string shortened(const std::string& text)
-{
-    std::string result;
-    std::size_t characters = 0;
-    for (std::size_t i = 0; i < text.size(); ++i)
-    {
-        if (!continuesCharacter(text[i]) && ++characters > shownCharacters)
-            return result + "...";
-        result += static_cast<unsigned char>(text[i]) < ' ' ? ' ' : text[i];
-    }
-    return result;
-}
-
-std::string padded(const std::string& text, std::size_t width)
-{
-    const std::size_t characters = kyStringUtils::CountUtf8Char(text);
-    return text + std::string(characters < width ? width - characters : 0, ' ');
-}
+/// On one line.
+std::string shortened(const std::string& text) { return AsciiTableBuilder::Shorten(text, shownWidth); }
 
 } // namespace
 
@@ -72,21 +53,49 @@ void TableSummary::addRow(const std::vector<kyVariant>& row)
 
 void TableSummary::print(std::ostream& out) const
 {
-    out << "  " << mRows << " rows, " << mColumns.size() << " columns\n";
+    out << std::string(indent, ' ') << mRows << " rows, " << mColumns.size() << " columns\n";
+    printColumns(out);
+    if (!mFirstRows.empty())
+        printRows(out);
+}
+
+void TableSummary::printColumns(std::ostream& out) const
+{
+    AsciiTableBuilder table({"Column", "Types", "Longest"});
+    table.setIndent(indent);
     for (const Column& column : mColumns)
     {
-        out << "  " << padded(shortened(column.name), 24);
+        std::string types;
         for (const auto& [type, count] : column.typeCounts)
-            out << "  " << type << ' ' << count;
-        out << "  longest " << column.longest << '\n';
+            types += (types.empty() ? "" : ", ") + type + ' ' + std::to_string(count);
+        table.addRow(shortened(column.name), types, column.longest);
+    }
+    out << table;
+}
+
+void TableSummary::printRows(std::ostream& out) const
+{
+    using Alignment = AsciiTableBuilder::Alignment;
+    AsciiTableBuilder table({"Row"});
+    table.setIndent(indent);
+    for (const Column& column : mColumns)
+    {
+        const auto count = [&](const char* type)
+        {
+            const auto found = column.typeCounts.find(type);
+            return found == column.typeCounts.end() ? 0 : found->second;
+        };
+        const bool isNumeric = mRows > 0 && count("INTEGER") + count("REAL") == mRows;
+        table.addColumn(shortened(column.name), isNumeric ? Alignment::Decimal : Alignment::Left);
     }
     for (std::size_t r = 0; r < mFirstRows.size(); ++r)
     {
-        out << "  " << std::setw(4) << r + 1 << " ";
+        table.addCell(r + 1);
         for (const kyVariant& cell : mFirstRows[r])
-            out << " | " << shortened(cell.toString());
-        out << '\n';
+            table.addCell(shortened(cell.toString()));
+        table.endRow();
     }
+    out << '\n' << table;
 }
 
 void TableSummary::store(kyVariant::kyVariantMapImpl& ini, const std::string& section) const

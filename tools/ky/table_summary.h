@@ -43,6 +43,8 @@ private:
 
     void addHeader(const std::vector<kyVariant>& row);
     void addRow(const std::vector<kyVariant>& row);
+    void printColumns(std::ostream& out) const;
+    void printRows(std::ostream& out) const;
 
     std::vector<Column> mColumns;
     Table mFirstRows;

@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: MIT
+// What lies below the CSV writer: the file stream and the text of reals.
+#include "support/temp_dir.h"
+
+#include "io/file_output_stream.h"
+#include "io/three_digits.h"
+
+#include <ky/kyStringUtils.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <string>
+
+namespace
+{
+
+using namespace ky::test;
+using ky::impl::FileOutputStream;
+using ky::impl::native::FileHandle;
+using ky::impl::native::OpenMode;
+
+TEST(CsvWriterOutput, KeepsEveryByteAcrossTheBlocks)
+{
+    const TempDir dir;
+    std::mt19937 random(66);
+    const std::size_t sizes[] = {0, 1, 7, 65535, 65536, 65537, 131072, 200000};
+    for (int round = 0; round < 40; ++round)
+    {
+        const auto out = FileOutputStream::open(dir.file("f"));
+        ASSERT_NE(out, nullptr);
+        std::string all;
+        for (int i = 0; i < 12; ++i)
+        {
+            const std::string part(sizes[random() % std::size(sizes)], static_cast<char>('a' + i));
+            all += part;
+            switch (random() % 4)
+            {
+            case 0: ASSERT_TRUE(out->write(part.data(), static_cast<std::streamsize>(part.size()))); break;
+            case 1: ASSERT_TRUE(*out << part << 'x' << std::flush); break;
+            case 2: ASSERT_TRUE(out->put('x').good() && out->append(part.data(), part.size())); break;
+            default: ASSERT_TRUE(out->append(part.data(), part.size()));
+            }
+        }
+        ASSERT_TRUE(out->close());
+        std::string arrived = readFile(dir.file("f"));
+        arrived.erase(std::remove(arrived.begin(), arrived.end(), 'x'), arrived.end());
+        ASSERT_TRUE(arrived == all) << round;
+    }
+    EXPECT_EQ(FileOutputStream::open(dir.path()), nullptr);
+    EXPECT_EQ(FileOutputStream::open(dir.file("none/f")), nullptr);
+    writeFile(dir.file("g"), "before");
+    EXPECT_EQ(FileOutputStream::open(dir.file("g") + std::string(1, '\0') + "h"), nullptr);
+    EXPECT_EQ(readFile(dir.file("g")), "before");
+}
+
+TEST(CsvWriterOutput, TellsWhatCouldNotBeWritten)
+{
+    const TempDir dir;
+    writeFile(dir.file("f"), "before");
+    const std::string block(65536, 'x');
+    FileOutputStream direct(FileHandle{});
+    EXPECT_FALSE(direct.append((block + "y").data(), block.size() + 1));
+    EXPECT_TRUE(direct.bad());
+    EXPECT_FALSE(direct.append("z", 1)) << "stays so";
+    EXPECT_FALSE(direct.close());
+
+    ky::impl::native::ErrorCode error = 0;
+    FileOutputStream full(FileHandle::open(dir.file("f"), OpenMode::Read, error));
+    EXPECT_TRUE(full.append(block.data(), block.size())) << "still in memory";
+    EXPECT_FALSE(full.put('y'));
+    full.clear();
+    EXPECT_FALSE(full << 'z' << std::flush) << "no later byte without the earlier ones";
+    EXPECT_FALSE(full.close());
+
+    FileOutputStream tail(FileHandle::open(dir.file("f"), OpenMode::Read, error));
+    EXPECT_TRUE(tail.append("x", 1));
+    EXPECT_FALSE(tail.close());
+    EXPECT_FALSE(tail.close());
+    EXPECT_EQ(readFile(dir.file("f")), "before");
+}
+
+void expectSameText(double value)
+{
+    ASSERT_EQ(ky::impl::ThreeDigitText(value).view(), ky::kyStringUtils::fromFloat(value, 3, false));
+    ASSERT_EQ(ky::impl::ThreeDigitText(-value).view(), ky::kyStringUtils::fromFloat(-value, 3, false));
+}
+
+TEST(CsvWriterOutput, RealsHaveTheTextOfTheStringUtilities)
+{
+    using Limits = std::numeric_limits<double>;
+    for (const double value : {0.0, Limits::infinity(), Limits::quiet_NaN(), Limits::denorm_min(), Limits::max()})
+        ASSERT_NO_FATAL_FAILURE(expectSameText(value));
+    // Every number of 3 digits and every half between two of them, with their neighbours.
+    for (int exponent = -8; exponent < 24; ++exponent)
+    {
+        for (int halves = 199; halves <= 2001; ++halves)
+        {
+            const double value =
+                std::strtod((std::to_string(halves * 5) + "e" + std::to_string(exponent - 3)).c_str(), nullptr);
+            ASSERT_NO_FATAL_FAILURE(expectSameText(value));
+            ASSERT_NO_FATAL_FAILURE(expectSameText(std::nextafter(value, 0.0)));
+            ASSERT_NO_FATAL_FAILURE(expectSameText(std::nextafter(value, Limits::max())));
+        }
+    }
+    std::mt19937_64 random(67);
+    const int rounds = std::getenv("KY_SOAK") != nullptr ? 50'000'000 : 300'000;
+    for (int round = 0; round < rounds; ++round)
+    {
+        const std::uint64_t bits = random();
+        double value = 0;
+        std::memcpy(&value, &bits, sizeof value);
+        ASSERT_NO_FATAL_FAILURE(expectSameText(value));
+        ASSERT_NO_FATAL_FAILURE(
+            expectSameText(std::ldexp(static_cast<double>(bits), static_cast<int>(bits % 90) - 80)));
+    }
+}
+
+} // namespace
