@@ -51,6 +51,7 @@ class TableLayout;
 class KY_API AsciiTableBuilder
 {
 public:
+    /// How rows and columns are set apart.
     enum class Style : std::uint8_t
     {
         Plain,      ///< columns two blanks apart, nothing else
@@ -59,11 +60,12 @@ public:
         Box         ///< frames of box-drawing characters
     };
 
+    /// Where the text of a cell stands in its column.
     enum class Alignment : std::uint8_t
     {
         Auto,   ///< Decimal when every cell but empty ones was added as a number, else Left
-        Left,   ///<
-        Right,  ///<
+        Left,   ///< from the left edge
+        Right,  ///< to the right edge
         Center, ///< an odd blank goes to the right
         Decimal ///< the first '.' of each line stands in one place, a text without it ends before that place. Like
                 ///< Right in a column that is too narrow for this
@@ -80,11 +82,15 @@ public:
     static constexpr std::size_t unlimited = static_cast<std::size_t>(-1);
 
     AsciiTableBuilder();
+    /// One column for each header.
     explicit AsciiTableBuilder(std::initializer_list<std::string_view> headers, Style style = Style::Underlined);
+    /// Rows, an unfinished one included, columns and settings go along.
+    /// @{
     AsciiTableBuilder(const AsciiTableBuilder& other);
     AsciiTableBuilder& operator=(const AsciiTableBuilder& other);
     AsciiTableBuilder(AsciiTableBuilder&& other) noexcept;
     AsciiTableBuilder& operator=(AsciiTableBuilder&& other) noexcept;
+    /// @}
     ~AsciiTableBuilder();
 
     /// \name Columns
@@ -163,6 +169,7 @@ public:
     /// @}
 
     [[nodiscard]] std::size_t getRowCount() const noexcept { return mRows.size(); } ///< finished rows
+    /// Columns that were named or that rows have needed.
     [[nodiscard]] std::size_t getColumnCount() const noexcept { return mColumns.size(); }
 
     /// \name Output

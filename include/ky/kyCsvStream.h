@@ -53,8 +53,10 @@ public:
                          const std::string& rowSeparator = "\r\n");
 
     /// A copy goes on at the same cell of the same device.
+    /// @{
     kyCsvStream(const kyCsvStream& other);
     kyCsvStream& operator=(const kyCsvStream& other);
+    /// @}
     ~kyCsvStream();
 
     /// One cell: "true" or "false".
@@ -64,6 +66,7 @@ public:
     kyCsvStream& operator<<(char value);
 
     /// One cell: the number in decimal, as `kyStringUtils::fromInt` and its like with width 1 give it.
+    /// @{
     kyCsvStream& operator<<(unsigned char value);
     kyCsvStream& operator<<(short value);
     kyCsvStream& operator<<(unsigned short value);
@@ -71,9 +74,11 @@ public:
     kyCsvStream& operator<<(unsigned int value);
     kyCsvStream& operator<<(long long value);
     kyCsvStream& operator<<(unsigned long long value);
+    /// @}
 
     /// `std::int64_t`, `std::uint64_t` and `std::size_t` where these are `long`. A `long` of 32 bits is refused, so
     /// that what compiles writes the same on every platform.
+    /// @{
     template <typename Long, std::enable_if_t<(std::is_same_v<Long, long> ||
                                                std::is_same_v<Long, unsigned long>)&&sizeof(Long) == sizeof(long long),
                                               int> = 0>
@@ -86,15 +91,20 @@ public:
                                                std::is_same_v<Long, unsigned long>)&&sizeof(Long) != sizeof(long long),
                                               long> = 0>
     kyCsvStream& operator<<(Long value) = delete;
+    /// @}
 
     /// One cell: the number with 3 significant digits, as `kyStringUtils::fromFloat(value, 3, false)` gives it. To keep
     /// all digits, stream a text.
+    /// @{
     kyCsvStream& operator<<(float value);
     kyCsvStream& operator<<(double value);
+    /// @}
 
     /// One cell: the bytes of the text.
+    /// @{
     kyCsvStream& operator<<(const std::string& text);
     kyCsvStream& operator<<(std::string_view text);
+    /// @}
 
     /// One cell: the text up to its terminating zero. A null pointer writes no cell at all: no separator, and the
     /// column does not advance.
@@ -111,8 +121,10 @@ public:
     void writeCell(const std::string& text);
 
     /// Where the next cell goes, from 0. Both stop counting at 4294967295.
+    /// @{
     [[nodiscard]] std::uint32_t getNextCellRowIndex() const { return mRowIndex; }
     [[nodiscard]] std::uint32_t getNextCellColIndex() const { return mColIndex; }
+    /// @}
 
     /// True until something could not be written as a whole.
     [[nodiscard]] bool isOk() const { return mOk; }

@@ -27,9 +27,12 @@ namespace ky
 namespace impl
 {
 
+/// Whether this is the type whose width differs between the platforms.
 template <typename T>
 inline constexpr bool isLong = std::is_same_v<T, long> || std::is_same_v<T, unsigned long>;
 
+/// The bytes in reverse order.
+/// @{
 inline std::uint16_t reverseBytes(std::uint16_t value) { return static_cast<std::uint16_t>(value << 8 | value >> 8); }
 
 inline std::uint32_t reverseBytes(std::uint32_t value)
@@ -42,6 +45,7 @@ inline std::uint64_t reverseBytes(std::uint64_t value)
     return std::uint64_t{reverseBytes(static_cast<std::uint32_t>(value))} << 32 |
            reverseBytes(static_cast<std::uint32_t>(value >> 32));
 }
+/// @}
 
 } // namespace impl
 
@@ -74,8 +78,11 @@ public:
         BigEndian = 1     ///< most significant byte first
     };
 
+    /// The device is not owned; null makes every operation fail.
     kyDataStream(kyIoDevice* device, Endianness endianness) : mDevice(device), mEndianness(endianness) {}
 
+    /// Writes the bytes of one value, as the table above has them.
+    /// @{
     kyDataStream& operator<<(bool value) { return put(static_cast<unsigned char>(value ? 0xFF : 0)); }
     kyDataStream& operator<<(char value) { return put(value); }
     kyDataStream& operator<<(signed char value) { return put(value); }
@@ -88,10 +95,13 @@ public:
     kyDataStream& operator<<(unsigned long long value) { return put(value); }
     kyDataStream& operator<<(float value) { return put(value); }
     kyDataStream& operator<<(double value) { return put(value); }
+    /// @}
 
     /// At most 0xFFFFFFFF bytes; longer texts fail without writing anything.
+    /// @{
     KY_API kyDataStream& operator<<(const std::string& text);
     KY_API kyDataStream& operator<<(const std::vector<char>& bytes);
+    /// @}
 
     /// Any non-zero byte is true; false when the read fails.
     kyDataStream& operator>>(bool& value)
@@ -100,11 +110,15 @@ public:
         value = get(byte).mOk && byte != 0;
         return *this;
     }
+    /// One byte.
+    /// @{
     kyDataStream& operator>>(char& value) { return get(value); }
     kyDataStream& operator>>(signed char& value) { return get(value); }
     kyDataStream& operator>>(unsigned char& value) { return get(value); }
+    /// @}
 
     /// The bytes of a read that comes back short are in the target nevertheless.
+    /// @{
     kyDataStream& operator>>(short& value) { return get(value); }
     kyDataStream& operator>>(unsigned short& value) { return get(value); }
     kyDataStream& operator>>(int& value) { return get(value); }
@@ -113,12 +127,16 @@ public:
     kyDataStream& operator>>(unsigned long long& value) { return get(value); }
     kyDataStream& operator>>(float& value) { return get(value); }
     kyDataStream& operator>>(double& value) { return get(value); }
+    /// @}
 
     /// Empty after any failure. A length that the device cannot deliver costs address space, not memory.
+    /// @{
     KY_API kyDataStream& operator>>(std::string& text);
     KY_API kyDataStream& operator>>(std::vector<char>& bytes);
+    /// @}
 
     /// `long` and `unsigned long` where they are the 64-bit types.
+    /// @{
     template <typename T, std::enable_if_t<impl::isLong<T> && sizeof(T) == 8, int> = 0>
     kyDataStream& operator<<(T value)
     {
@@ -129,12 +147,15 @@ public:
     {
         return get(value);
     }
+    /// @}
 
     /// A `long` of another width reads differently on another platform; a pointer would be written as a bool.
+    /// @{
     template <typename T, std::enable_if_t<(impl::isLong<T> && sizeof(T) != 8) || std::is_pointer_v<T>, int> = 0>
     kyDataStream& operator<<(T value) = delete;
     template <typename T, std::enable_if_t<impl::isLong<T> && sizeof(T) != 8, int> = 0>
     kyDataStream& operator>>(T& value) = delete;
+    /// @}
 
     /// Reads up to `size` bytes as they are and returns how many. Reads even when the stream is not ok any more. Fewer
     /// than asked clears `isOk()`. A `size` of 0 or a null `data` does nothing.
@@ -149,6 +170,7 @@ public:
     /// Makes the stream fail, for instance when a value that was read makes no sense.
     void setError() { mOk = false; }
 
+    /// Byte order of the values that follow.
     [[nodiscard]] Endianness getEndianness() const { return mEndianness; }
 
     /// For the values that follow. An earlier failure stays.
@@ -157,6 +179,7 @@ public:
     /// The building blocks: move the bytes of one value between `bytes`, in the host's order, and the device. They take
     /// no notice of `isOk()` and do not change it. True when the device moved exactly that many bytes; a read that
     /// comes back short leaves what it got, in the host's order, too.
+    /// @{
     bool write1Byte(const char* bytes) { return writeExactly(bytes, 1); }
     bool write2BytesLittleEndian(const char* bytes) { return writeExactly(bytes, 2); }
     bool write4BytesLittleEndian(const char* bytes) { return writeExactly(bytes, 4); }
@@ -171,6 +194,7 @@ public:
     bool read2BytesBigEndian(char* bytes) { return readSwapped<std::uint16_t>(bytes); }
     bool read4BytesBigEndian(char* bytes) { return readSwapped<std::uint32_t>(bytes); }
     bool read8BytesBigEndian(char* bytes) { return readSwapped<std::uint64_t>(bytes); }
+    /// @}
 
 private:
     template <std::size_t Size>

@@ -31,8 +31,8 @@ public:
     /// How names are compared with a text.
     enum class Case : std::uint8_t
     {
-        Sensitive,
-        Insensitive
+        Sensitive,  ///< by bytes
+        Insensitive ///< with A-Z folded
     };
 
     /// Name of the enumeration, for messages.
@@ -41,8 +41,12 @@ public:
     /// \name Entries
     /// In the order of the table; `index` is below getCount(). The names live as long as the object.
     /// @{
+
+    /// Number of entries.
     [[nodiscard]] virtual std::size_t getCount() const noexcept = 0;
+    /// Name of an entry, UTF-8.
     [[nodiscard]] virtual std::string_view getName(std::size_t index) const noexcept = 0;
+    /// Value of an entry.
     [[nodiscard]] virtual std::int64_t getValue(std::size_t index) const noexcept = 0;
     /// @}
 
@@ -80,8 +84,11 @@ public:
 
 protected:
     constexpr EnumHelperInterface() = default;
+    /// For implementations that may be copied.
+    /// @{
     constexpr EnumHelperInterface(const EnumHelperInterface&) = default;
     constexpr EnumHelperInterface& operator=(const EnumHelperInterface&) = default;
+    /// @}
     ~EnumHelperInterface() = default; // objects are not deleted through the interface, so that tables may be constants
 };
 
@@ -89,8 +96,8 @@ protected:
 template <class Enum>
 struct EnumEntry
 {
-    Enum value;
-    std::string_view name;
+    Enum value;            ///< the enumerator
+    std::string_view name; ///< UTF-8
 };
 
 /// A table of the names of one enumeration, made at compile time by makeEnumHelper(); it needs no initialization at
@@ -115,8 +122,9 @@ class EnumHelper final : public EnumHelperInterface
     static_assert(std::is_enum_v<Enum>);
 
 public:
-    using Entry = EnumEntry<Enum>;
+    using Entry = EnumEntry<Enum>; ///< enumerator and name
 
+    /// Copies the entries, not the texts; see makeEnumHelper().
     constexpr EnumHelper(std::string_view typeName, const Entry (&entries)[Count]) : mTypeName(typeName), mEntries{}
     {
         for (std::size_t i = 0; i < Count; ++i)
@@ -124,12 +132,15 @@ public:
     }
 
     [[nodiscard]] std::string_view getTypeName() const noexcept override { return mTypeName; }
+    /// As the interface has them.
+    /// @{
     [[nodiscard]] std::size_t getCount() const noexcept override { return Count; }
     [[nodiscard]] std::string_view getName(std::size_t index) const noexcept override { return mEntries[index].name; }
     [[nodiscard]] std::int64_t getValue(std::size_t index) const noexcept override
     {
         return static_cast<std::int64_t>(mEntries[index].value);
     }
+    /// @}
 
     /// Empty for a value without a name.
     [[nodiscard]] constexpr std::string_view name(Enum value) const noexcept
@@ -177,8 +188,11 @@ public:
         return true;
     }
 
+    /// The entries in the order of the table, for range-for.
+    /// @{
     [[nodiscard]] constexpr const Entry* begin() const noexcept { return mEntries; }
     [[nodiscard]] constexpr const Entry* end() const noexcept { return mEntries + Count; }
+    /// @}
 
 private:
     static constexpr bool isGoodName(std::string_view name) noexcept

@@ -74,8 +74,11 @@ public:
     [[nodiscard]] bool good() const { return !hasError(); }
 
 protected:
+    /// For devices that may be copied.
+    /// @{
     kyIoDevice(const kyIoDevice&) = default;
     kyIoDevice& operator=(const kyIoDevice&) = default;
+    /// @}
 };
 
 /// Base of devices that hold nothing themselves but forward to another device, so that they can be put in front of any
@@ -94,6 +97,7 @@ public:
         WriteDelegation = 2 ///< writes end in the target
     };
 
+    /// Both directions.
     friend constexpr DelegableFlag operator|(DelegableFlag a, DelegableFlag b)
     {
         return static_cast<DelegableFlag>(static_cast<std::int32_t>(a) | static_cast<std::int32_t>(b));
@@ -117,9 +121,13 @@ public:
     [[nodiscard]] int getType() const { return mType; }
 
 protected:
+    /// What getFlags() and getType() tell.
     kyIoDeviceDelegable(DelegableFlag flags, int type) : mType(type), mFlags(flags) {}
+    /// For devices that may be copied.
+    /// @{
     kyIoDeviceDelegable(const kyIoDeviceDelegable&) = default;
     kyIoDeviceDelegable& operator=(const kyIoDeviceDelegable&) = default;
+    /// @}
 
 private:
     int mType;

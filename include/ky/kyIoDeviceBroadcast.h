@@ -18,6 +18,7 @@ namespace ky
 class KY_API kyIoDeviceBroadcast : public kyIoDevice
 {
 public:
+    /// To these devices, in this order.
     explicit kyIoDeviceBroadcast(const std::vector<kyIoDevice*>& devices);
     ~kyIoDeviceBroadcast() override;
 

@@ -22,8 +22,11 @@ public:
     /// Takes the bytes over.
     explicit kyIoDeviceMemory(std::vector<char> data) : mData(std::move(data)) {}
     ~kyIoDeviceMemory() override;
+    /// The bytes, both positions and the error are copied.
+    /// @{
     kyIoDeviceMemory(const kyIoDeviceMemory&) = default;
     kyIoDeviceMemory& operator=(const kyIoDeviceMemory&) = default;
+    /// @}
 
     /// The bytes; valid until the next write.
     [[nodiscard]] const std::vector<char>& getData() const { return mData; }

@@ -18,6 +18,7 @@ namespace ky
 class KY_API kyIoDeviceStdStreamProxy : public kyIoDevice
 {
 public:
+    /// Either may be null.
     kyIoDeviceStdStreamProxy(std::istream* in, std::ostream* out);
     ~kyIoDeviceStdStreamProxy() override;
 

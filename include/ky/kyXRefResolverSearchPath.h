@@ -29,8 +29,11 @@ class KY_API XRefResolverFileSystemVisitor : public kyDirUtils::FileSystemVisito
 public:
     /// \param cancel may be null; otherwise it outlives the walk, and setting it, from any thread, ends the walk
     explicit XRefResolverFileSystemVisitor(const std::atomic<bool>* cancel = nullptr);
+    /// A visitor of its own with the same flag.
+    /// @{
     XRefResolverFileSystemVisitor(const XRefResolverFileSystemVisitor& other);
     XRefResolverFileSystemVisitor& operator=(const XRefResolverFileSystemVisitor& other);
+    /// @}
     ~XRefResolverFileSystemVisitor() override;
 
     /// Asked before every file and folder: true ends the walk. By default the flag given at construction.
@@ -100,10 +103,11 @@ private:
 class KY_API kyXRefResolverSearchPath
 {
 public:
+    /// How names are compared.
     enum class CaseRule : std::uint8_t
     {
-        CaseSensitive,
-        CaseInsensitive
+        CaseSensitive,  ///< by bytes
+        CaseInsensitive ///< with A-Z folded
     };
 
     /// One indexed file that a reference may mean.
@@ -115,12 +119,15 @@ public:
         bool isExact = false;             ///< by rule 1
     };
 
+    /// Without roots.
     explicit kyXRefResolverSearchPath(CaseRule rule = CaseRule::CaseInsensitive);
     kyXRefResolverSearchPath(const kyXRefResolverSearchPath&) = delete;
     kyXRefResolverSearchPath& operator=(const kyXRefResolverSearchPath&) = delete;
     ~kyXRefResolverSearchPath();
 
+    /// Takes effect at once.
     void setCaseRule(CaseRule rule);
+    /// The rule in force.
     [[nodiscard]] CaseRule getCaseRule() const;
 
     /// \name Roots
@@ -130,7 +137,9 @@ public:
     /// Appends a root, of lower priority than those before it. A relative one is taken from the current folder at the
     /// time of refresh(). False for an empty text and for a root that was added already, in this spelling.
     bool addRoot(const std::string& folder);
+    /// Removes all roots.
     void clearRoots();
+    /// The roots as they were added.
     [[nodiscard]] const std::vector<std::string>& getRoots() const { return mRoots; }
 
     /// Index only files with these extensions, as in FileSystemVisitor::visit(), A-Z folded; none means all files.
@@ -141,16 +150,16 @@ public:
     /// @{
 
     /// Indexes all roots anew. A root that cannot be listed adds nothing; isRootIndexed() tells.
-    /// \return false when the visitor ended the walk, or when the names take more than 4 GiB: the index stays as it was
-    /// @{
+    /// \param cancel may be null; otherwise setting it, from any thread, ends the walk
+    /// \return false when the walk was ended, or when the names take more than 4 GiB: the index stays as it was
     bool refresh(const std::atomic<bool>* cancel = nullptr);
+    /// The same with a visitor that chooses files and folders.
     bool refresh(XRefResolverFileSystemVisitor& visitor);
-    /// @}
 
     /// Whether the root at this position could be listed by the last successful refresh().
     [[nodiscard]] bool isRootIndexed(std::size_t root) const;
 
-    [[nodiscard]] std::size_t getFileCount() const;
+    [[nodiscard]] std::size_t getFileCount() const;   ///< files in the index
     [[nodiscard]] std::size_t getFolderCount() const; ///< the roots included
     [[nodiscard]] std::size_t getMemoryUsage() const; ///< bytes that the index takes
     /// @}
