@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Values to and from memory beside QDataStream. The floor copies their bytes without any layer.
+// Values to and from memory that is there already, beside QDataStream. The floor copies their bytes without any layer.
 #include <ky/kyDataStream.h>
 #include <ky/kyIoDeviceMemory.h>
 
@@ -69,9 +69,10 @@ void countValues(benchmark::State& state) { state.SetItemsProcessed(state.iterat
 
 void writeKy(benchmark::State& state)
 {
+    ky::kyIoDeviceMemory device;
     for (auto _ : state)
     {
-        ky::kyIoDeviceMemory device;
+        device.seekp(0, ky::kyIoDevice::SeekBegin);
         ky::kyDataStream stream(&device, ky::kyDataStream::BigEndian);
         writeRecords(stream);
         if (!stream.isOk())
@@ -212,12 +213,14 @@ struct QtStream
 
 void writeQt(benchmark::State& state)
 {
+    QBuffer buffer;
+    buffer.open(QIODevice::ReadWrite);
     for (auto _ : state)
     {
-        QByteArray bytes;
-        QtStream stream{QDataStream(&bytes, QIODevice::WriteOnly)};
+        buffer.seek(0);
+        QtStream stream{QDataStream(&buffer)};
         writeRecords(stream);
-        benchmark::DoNotOptimize(bytes.constData());
+        benchmark::DoNotOptimize(buffer.data().constData());
     }
     countValues(state);
 }
@@ -225,12 +228,14 @@ BENCHMARK(writeQt)->Name("binary_write/1e6_mixed/qt");
 
 void readQt(benchmark::State& state)
 {
-    QByteArray bytes;
-    QtStream out{QDataStream(&bytes, QIODevice::WriteOnly)};
+    QBuffer buffer;
+    buffer.open(QIODevice::ReadWrite);
+    QtStream out{QDataStream(&buffer)};
     writeRecords(out);
     for (auto _ : state)
     {
-        QtStream stream{QDataStream(&bytes, QIODevice::ReadOnly)};
+        buffer.seek(0);
+        QtStream stream{QDataStream(&buffer)};
         benchmark::DoNotOptimize(readRecords(stream));
         if (stream.stream.status() != QDataStream::Ok || !stream.stream.atEnd())
             state.SkipWithError("not read");
