@@ -9,7 +9,9 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -96,6 +98,20 @@ void readValue(unsigned kind, kyDataStream& in, kyDataStream& out)
 
 } // namespace
 
+// Room for gigabytes costs a sanitizer real memory and the fuzzer its speed: it is refused here.
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
+{
+    return size > 0x400000 ? nullptr : std::malloc(size);
+}
+void* operator new[](std::size_t size)
+{
+    if (void* const memory = std::malloc(size))
+        return memory;
+    throw std::bad_alloc();
+}
+void operator delete[](void* memory) noexcept { std::free(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     constexpr std::size_t head = 2;
@@ -119,7 +135,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         understood = in.isOk() ? static_cast<std::size_t>(device.tellg()) : understood;
     }
     readFlag(in);
-    KY_REQUIRE(out.isOk() && copy.getData().size() == understood);
+    KY_REQUIRE(out.isOk());
+    if (extra != 0)
+        return 0; // a lie that happens to be the size asked for cannot be seen through
+    KY_REQUIRE(copy.getData().size() == understood);
     KY_REQUIRE(understood == 0 || std::memcmp(copy.getData().data(), bytes, understood) == 0);
     return 0;
 }
