@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Values to and from memory that is there already, beside QDataStream. The floor copies their bytes without any layer.
+// Values to and from memory that is there already, beside QDataStream with texts of its own kinds: QByteArray, which
+// has the same form on the device, and QString. The floor copies the bytes without any layer.
 #include <ky/kyDataStream.h>
 #include <ky/kyIoDeviceMemory.h>
 
@@ -15,6 +16,7 @@
 #include <QByteArray>
 #include <QDataStream>
 #include <QIODevice>
+#include <QString>
 #endif
 
 namespace
@@ -23,44 +25,46 @@ namespace
 constexpr std::int64_t valueCount = 1000000;
 
 /// Five values of a record, a fifth of them short texts.
+template <typename Text>
 struct Record
 {
     std::int32_t number;
     double real;
     std::int64_t stamp;
     std::uint16_t kind;
-    std::string name;
+    Text name;
 };
 
-const std::vector<Record>& records()
+template <typename Text>
+const std::vector<Record<Text>>& records()
 {
-    static const std::vector<Record> all = []
+    static const std::vector<Record<Text>> all = []
     {
-        std::vector<Record> made;
+        std::vector<Record<Text>> made;
         for (int i = 0; i < valueCount / 5; ++i)
-            made.push_back(
-                {i, i * 0.5, std::int64_t{i} << 20, static_cast<std::uint16_t>(i), "name " + std::to_string(i % 1000)});
+            made.push_back({i, i * 0.5, std::int64_t{i} << 20, static_cast<std::uint16_t>(i),
+                            Text(("name " + std::to_string(i % 1000)).c_str())});
         return made;
     }();
     return all;
 }
 
-template <typename Stream>
+template <typename Text, typename Stream>
 void writeRecords(Stream& stream)
 {
-    for (const Record& record : records())
+    for (const Record<Text>& record : records<Text>())
         stream << record.number << record.real << record.stamp << record.kind << record.name;
 }
 
-template <typename Stream>
+template <typename Text, typename Stream>
 std::uint64_t readRecords(Stream& stream)
 {
     std::uint64_t sum = 0;
-    Record record = {};
-    for (std::size_t i = 0; i < records().size(); ++i)
+    Record<Text> record = {};
+    for (std::size_t i = 0; i < records<Text>().size(); ++i)
     {
         stream >> record.number >> record.real >> record.stamp >> record.kind >> record.name;
-        sum += static_cast<std::uint64_t>(record.number) + record.kind + record.name.size();
+        sum += static_cast<std::uint64_t>(record.number) + record.kind + static_cast<std::size_t>(record.name.size());
     }
     return sum;
 }
@@ -74,7 +78,7 @@ void writeKy(benchmark::State& state)
     {
         device.seekp(0, ky::kyIoDevice::SeekBegin);
         ky::kyDataStream stream(&device, ky::kyDataStream::BigEndian);
-        writeRecords(stream);
+        writeRecords<std::string>(stream);
         if (!stream.isOk())
             state.SkipWithError("not written");
         benchmark::DoNotOptimize(device.getData().data());
@@ -87,12 +91,12 @@ void readKy(benchmark::State& state)
 {
     ky::kyIoDeviceMemory device;
     ky::kyDataStream out(&device, ky::kyDataStream::BigEndian);
-    writeRecords(out);
+    writeRecords<std::string>(out);
     for (auto _ : state)
     {
         device.seekg(0, ky::kyIoDevice::SeekBegin);
         ky::kyDataStream stream(&device, ky::kyDataStream::BigEndian);
-        benchmark::DoNotOptimize(readRecords(stream));
+        benchmark::DoNotOptimize(readRecords<std::string>(stream));
         if (!stream.isOk() || !device.atEnd())
             state.SkipWithError("not read");
     }
@@ -146,7 +150,7 @@ void writeFloor(benchmark::State& state)
     for (auto _ : state)
     {
         floor.position = 0;
-        writeRecords(floor);
+        writeRecords<std::string>(floor);
         benchmark::ClobberMemory();
     }
     countValues(state);
@@ -156,11 +160,11 @@ BENCHMARK(writeFloor)->Name("binary_write/1e6_mixed/floor_memcpy");
 void readFloor(benchmark::State& state)
 {
     Floor floor{std::vector<char>(static_cast<std::size_t>(valueCount) * 16)};
-    writeRecords(floor);
+    writeRecords<std::string>(floor);
     for (auto _ : state)
     {
         floor.position = 0;
-        benchmark::DoNotOptimize(readRecords(floor));
+        benchmark::DoNotOptimize(readRecords<std::string>(floor));
     }
     countValues(state);
 }
@@ -168,7 +172,7 @@ BENCHMARK(readFloor)->Name("binary_read/1e6_mixed/floor_memcpy");
 
 #ifdef KY_PEER_QT
 
-/// The same encoding: a length in front of the bytes of a text.
+/// QDataStream with 64-bit integers under their standard names.
 struct QtStream
 {
     QDataStream stream;
@@ -184,11 +188,6 @@ struct QtStream
         stream << static_cast<qint64>(value);
         return *this;
     }
-    QtStream& operator<<(const std::string& text)
-    {
-        stream.writeBytes(text.data(), static_cast<uint>(text.size()));
-        return *this;
-    }
     template <typename T>
     QtStream& operator>>(T& value)
     {
@@ -202,15 +201,9 @@ struct QtStream
         value = read;
         return *this;
     }
-    QtStream& operator>>(std::string& text)
-    {
-        QByteArray read;
-        stream >> read;
-        text.assign(read.constData(), static_cast<std::size_t>(read.size()));
-        return *this;
-    }
 };
 
+template <typename Text>
 void writeQt(benchmark::State& state)
 {
     QBuffer buffer;
@@ -219,30 +212,33 @@ void writeQt(benchmark::State& state)
     {
         buffer.seek(0);
         QtStream stream{QDataStream(&buffer)};
-        writeRecords(stream);
+        writeRecords<Text>(stream);
         benchmark::DoNotOptimize(buffer.data().constData());
     }
     countValues(state);
 }
-BENCHMARK(writeQt)->Name("binary_write/1e6_mixed/qt");
+BENCHMARK(writeQt<QByteArray>)->Name("binary_write/1e6_mixed/qt_bytes");
+BENCHMARK(writeQt<QString>)->Name("binary_write/1e6_mixed/qt_string");
 
+template <typename Text>
 void readQt(benchmark::State& state)
 {
     QBuffer buffer;
     buffer.open(QIODevice::ReadWrite);
     QtStream out{QDataStream(&buffer)};
-    writeRecords(out);
+    writeRecords<Text>(out);
     for (auto _ : state)
     {
         buffer.seek(0);
         QtStream stream{QDataStream(&buffer)};
-        benchmark::DoNotOptimize(readRecords(stream));
+        benchmark::DoNotOptimize(readRecords<Text>(stream));
         if (stream.stream.status() != QDataStream::Ok || !stream.stream.atEnd())
             state.SkipWithError("not read");
     }
     countValues(state);
 }
-BENCHMARK(readQt)->Name("binary_read/1e6_mixed/qt");
+BENCHMARK(readQt<QByteArray>)->Name("binary_read/1e6_mixed/qt_bytes");
+BENCHMARK(readQt<QString>)->Name("binary_read/1e6_mixed/qt_string");
 
 #endif
 
