@@ -203,7 +203,7 @@ TEST(DataStream, FailsAtEveryCutAndReadsNoFurther)
         std::vector<std::size_t> ends;
         for (const Field& value : fields())
             ends.push_back((whole += value.bytes(order)).size());
-        for (std::size_t cut = 0; cut<whole.size(); cut += cut % 100000> 200 ? 9973 : 1)
+        for (std::size_t cut = 0; cut < whole.size(); cut += stepFrom(cut))
         {
             ScriptedDevice device(whole.substr(0, cut));
             kyDataStream stream(&device, order);
@@ -234,7 +234,7 @@ TEST(DataStream, StopsWritingWhereTheDeviceFails)
         std::string whole;
         for (const Field& value : fields())
             whole += value.bytes(order);
-        for (std::size_t limit = 0; limit<whole.size(); limit += limit % 100000> 200 ? 9973 : 1)
+        for (std::size_t limit = 0; limit < whole.size(); limit += stepFrom(limit))
         {
             ScriptedDevice device;
             device.failWriteAt = limit;
