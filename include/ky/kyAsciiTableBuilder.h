@@ -112,6 +112,7 @@ public:
 
     /// \name The whole table
     /// @{
+    /// How rows and columns are set apart; Underlined at first.
     AsciiTableBuilder& setStyle(Style style);
 
     /// Blanks before each line.
@@ -137,10 +138,12 @@ public:
     AsciiTableBuilder& addRow(const std::vector<std::string>& cells);
 
     /// Appends a cell to the row that endRow() will finish.
-    /// @{
     AsciiTableBuilder& addCell(std::string_view text);
+    /// The same; null is an empty text.
     AsciiTableBuilder& addCell(const char* text);
+    /// The same.
     AsciiTableBuilder& addCell(const std::string& text) { return addCell(std::string_view(text)); }
+    /// A number, a boolean or a character, written as addRow() writes them.
     template <class Number, std::enable_if_t<std::is_arithmetic_v<Number>, int> = 0>
     AsciiTableBuilder& addCell(Number value)
     {
@@ -175,8 +178,11 @@ public:
     /// \name Output
     /// An unfinished row is not shown. A table without columns gives an empty text.
     /// @{
+    /// The lines of the table.
     [[nodiscard]] std::string toString() const;
+    /// Appends the lines to a text.
     void appendTo(std::string& out) const;
+    /// Writes the lines.
     friend KY_API std::ostream& operator<<(std::ostream& out, const AsciiTableBuilder& table);
     /// @}
 

@@ -151,7 +151,9 @@ public:
 
     /// A `long` of another width reads differently on another platform; a pointer would be written as a bool.
     /// @{
-    template <typename T, std::enable_if_t<(impl::isLong<T> && sizeof(T) != 8) || std::is_pointer_v<T>, int> = 0>
+    template <typename T,
+              std::enable_if_t<(impl::isLong<T> && sizeof(T) != 8) || std::is_pointer_v<T> || std::is_null_pointer_v<T>,
+                               int> = 0>
     kyDataStream& operator<<(T value) = delete;
     template <typename T, std::enable_if_t<impl::isLong<T> && sizeof(T) != 8, int> = 0>
     kyDataStream& operator>>(T& value) = delete;

@@ -55,6 +55,7 @@ public:
     std::uint64_t tellp() override;
 
 private:
+    std::size_t writeOverEnd(const char* data, std::size_t size);
     bool seek(std::size_t& position, std::int64_t offset, SeekStart start) const;
 
     std::vector<char> mData;

@@ -182,8 +182,11 @@ public:
     /// The value in decimal, filled up with zeros from the left to `width` characters. The zeros go before a minus
     /// sign: -5 with width 4 gives "00-5". A width that is not larger than the number's length adds nothing.
     [[nodiscard]] static std::string fromInt(int value, int width = 1);
+    /// As fromInt(), without a sign.
     [[nodiscard]] static std::string fromUInt(unsigned int value, int width = 1);
+    /// As fromInt().
     [[nodiscard]] static std::string fromInt64(std::int64_t value, int width = 1);
+    /// As fromInt(), without a sign.
     [[nodiscard]] static std::string fromUInt64(std::uint64_t value, int width = 1);
 
     /// The value as a standard output stream writes it in the classic locale: with `precision` decimals when `fixed` is
@@ -192,6 +195,7 @@ public:
     /// value. A negative precision counts as 6, and 0 significant digits as 1. Infinities are "inf" and "-inf", and
     /// what is not a number is "nan" or "-nan".
     [[nodiscard]] static std::string fromFloat(float value, int precision = 6, bool fixed = false);
+    /// As for float; the same text for the same value.
     [[nodiscard]] static std::string fromFloat(double value, int precision = 6, bool fixed = false);
 
     /// The value rounded to a fraction, ties upwards in magnitude, with a decimal point.
@@ -218,6 +222,7 @@ public:
     static void computeFractionnalRepresentation(double value, std::int64_t& numerator, std::int64_t& denominator,
                                                  std::int64_t maxDenominator);
 
+    /// What compareSoftwareVersion() tells.
     enum SoftwareVersionComparisonResult
     {
         VersionInvalid = 1, ///< a text did not parse, or nothing was compared
@@ -256,6 +261,7 @@ public:
 
     /// Whether CompareUTF8Natural() gives -1: strict weak orders for sorting and for ordered containers.
     [[nodiscard]] static bool UTF8NaturalSortFunction(const std::string& a, const std::string& b);
+    /// The same without regard to case.
     [[nodiscard]] static bool UTF8NaturalSortFunctionCaseInsensitive(const std::string& a, const std::string& b);
     /// @}
 

@@ -1,12 +1,33 @@
 // SPDX-License-Identifier: MIT
 #include <ky/kyIoDeviceMemory.h>
 
+#include "platform/compiler.h"
+
 #include <algorithm>
 #include <cstring>
 #include <exception>
 
 namespace ky
 {
+
+namespace
+{
+
+/// Most pieces are single values, for which a call of the C library costs more than the copy.
+void copyBytes(char* to, const char* from, std::size_t size)
+{
+    switch (size)
+    {
+    case 0: break;
+    case 1: *to = *from; break;
+    case 2: std::memcpy(to, from, 2); break;
+    case 4: std::memcpy(to, from, 4); break;
+    case 8: std::memcpy(to, from, 8); break;
+    default: std::memcpy(to, from, size); break;
+    }
+}
+
+} // namespace
 
 kyIoDeviceMemory::~kyIoDeviceMemory() = default;
 
@@ -21,27 +42,33 @@ std::vector<char> kyIoDeviceMemory::takeData()
 std::size_t kyIoDeviceMemory::readBytes(char* data, std::size_t size)
 {
     const std::size_t got = std::min(size, mData.size() - mReadPos);
-    if (got > 0)
-        std::memcpy(data, mData.data() + mReadPos, got);
+    copyBytes(data, mData.data() + mReadPos, got);
     mReadPos += got;
     return got;
 }
 
 std::size_t kyIoDeviceMemory::writeBytes(const char* data, std::size_t size)
 {
-    const std::size_t over = std::min(size, mData.size() - mWritePos);
+    if (size > mData.size() - mWritePos)
+        return writeOverEnd(data, size);
+    copyBytes(mData.data() + mWritePos, data, size);
+    mWritePos += size;
+    return size;
+}
+
+KY_NOINLINE std::size_t kyIoDeviceMemory::writeOverEnd(const char* data, std::size_t size)
+{
+    const std::size_t over = mData.size() - mWritePos;
     try
     {
-        if (over < size)
-            mData.insert(mData.end(), data + over, data + size);
+        mData.insert(mData.end(), data + over, data + size);
     }
     catch (const std::exception&)
     {
         mError = true;
         return 0;
     }
-    if (over > 0)
-        std::memcpy(mData.data() + mWritePos, data, over);
+    copyBytes(mData.data() + mWritePos, data, over);
     mWritePos += size;
     return size;
 }
