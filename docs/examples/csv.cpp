@@ -5,7 +5,9 @@
 #include <ky/ky.h>
 
 #include <fstream>
+#include <sstream>
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -49,6 +51,23 @@ void readInPortions(ky::kyCsvFileReader& reader)
     // [portions]
 }
 
+struct Sample
+{
+    std::string name;
+    int count = 0;
+    double value = 0.0;
+};
+
+bool writeMeasurements(const std::string& folder, const std::vector<Sample>& samples)
+{
+    // [write]
+    ky::kyCsvFileWriter writer(folder, "samples", 100000, ',', '"', "\r\n", true); // rows per file, ..., mark
+    for (const Sample& sample : samples)
+        writer.getStream() << sample.name << sample.count << sample.value << ky::kyCsvStream::EndOfRow();
+    return writer.finish(); // false: something could not be written
+    // [write]
+}
+
 } // namespace
 
 int main()
@@ -67,6 +86,11 @@ int main()
     reader.setFileName("measurements.csv");
     readInPortions(reader);
     expect(rows == 2500, "every row comes in one portion");
+
+    expect(writeMeasurements(".", {{"a,b", 3, 0.25}, {"c", 4, 1.5}}), "the samples are written");
+    std::stringstream written;
+    written << std::ifstream("samples.csv", std::ios::binary).rdbuf();
+    expect(written.str() == "\xEF\xBB\xBF\"a,b\",3,0.25\r\nc,4,1.5", "mark, quotes, separators");
 
     ky::terminateKySystem();
     return failures;

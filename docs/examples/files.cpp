@@ -45,6 +45,21 @@ bool isFirst(ky::kyLockFile& lock, const std::string& folder, bool& leftBehind)
 }
 // [lock]
 
+std::string findTexture(const std::string& project, const std::string& library, const std::string& documentFolder)
+{
+    // [references]
+    ky::kyXRefResolverSearchPath searchPath;
+    searchPath.addRoot(project); // the first root wins ties
+    searchPath.addRoot(library);
+    searchPath.refresh(); // walks through both
+
+    std::string texture = searchPath.resolve("D:\\Work\\Bridge\\textures\\oak.png"); // project + "/textures/oak.png"
+    if (texture.empty())
+        texture = searchPath.resolve("../textures/oak.png", documentFolder); // from the document's folder first
+    // [references]
+    return texture;
+}
+
 } // namespace
 
 int main()
@@ -66,6 +81,11 @@ int main()
         expect(isFirst(lock, cache, leftBehind) && !leftBehind, "the first one gets the lock");
         expect(!isFirst(second, cache, leftBehind) && leftBehind, "the second one does not");
     }
+
+    expect(ky::kyDirUtils::MkpathUtf8(cache + "/bridge/textures"), "folders are made");
+    std::ofstream(cache + "/bridge/textures/oak.png") << "oak";
+    expect(findTexture(cache + "/bridge", cache + "/library", cache) == cache + "/bridge/textures/oak.png",
+           "the texture");
 
     clear(cache);
     walk.files.clear();

@@ -106,6 +106,60 @@ void texts()
     // [texts]
 }
 
+void numbers()
+{
+    // [numbers]
+    same(kyStringUtils::fromInt(-5, 4), "00-5"); // zeros in front of the sign
+
+    kyVariant text;
+    kyVariant(3.14159).convertLosslessTo(Type::String, text);
+    same(text.toString(), "3.14"); // 3 digits, although nothing should be lost
+    kyVariant number(7);           // of the wanted type already
+    same(kyVariant("no number").convertLosslessTo(Type::Integer, number), true);
+    same(number.toString(), "7");
+
+    float scaled = 0.0F;
+    char prefix = '?';
+    ky::kyMathUtils::Format3Digit(0.5e-3F, scaled, prefix);
+    same(prefix == 'm' && scaled == 0.0F, true); // small values are divided, too
+    ky::kyMathUtils::Format3Digit(-5000.0F, scaled, prefix);
+    same(prefix == ' ' && scaled == -5000.0F, true); // negative ones are left alone
+
+    same(kyStringUtils::compareSoftwareVersion("1.2.3", "1.2") == kyStringUtils::VersionEqual, true);
+    // [numbers]
+}
+
+void devices()
+{
+    // [devices]
+    ky::kyIoDeviceMemory memory;
+    ky::kyDataStream stream(&memory, ky::kyDataStream::LittleEndian);
+    stream << true;
+    same(memory.getData().at(0) == '\xFF', true); // not 1
+
+    ky::kyIoDeviceSignaler signaler(nullptr, 1000);
+    signaler.seekp(0, ky::kyIoDevice::SeekBegin);
+    same(lastMessage, "kyIoDeviceByteCounter seekp is not supported"); // the text of its neighbour
+    // [devices]
+}
+
+void csv()
+{
+    // [csv]
+    ky::kyIoDeviceMemory memory;
+    ky::kyCsvStream table(&memory, ',', '"', "\r\n");
+    table << 'A' << 1234.5 << "line\nbreak" << ky::kyCsvStream::EndOfRow();
+    const std::vector<char>& bytes = memory.getData();
+    // A character is its number, a real has 3 digits, line breaks are not quoted, no separator behind the last row.
+    same(std::string(bytes.begin(), bytes.end()), "65,1.23e+03,line\nbreak");
+
+    ky::kyCsvFileReader reader;
+    bool finished = false;
+    reader.parseNext(finished, true, 0); // there is no file
+    same(reader.getLastError(), "Header cell size during parsing exceed max size of 65535 characters");
+    // [csv]
+}
+
 void files()
 {
     // [files]
@@ -143,6 +197,9 @@ int main()
     maps();
     ini();
     texts();
+    numbers();
+    devices();
+    csv();
     files();
     frame();
     ky::terminateKySystem();

@@ -9,6 +9,22 @@ using ky::kyVariant;
 using Map = kyVariant::kyVariantMapImpl;
 // [first]
 
+namespace
+{
+
+std::int64_t total = 0;
+
+void add(const kyVariant& cell)
+{
+    // [lossless]
+    kyVariant count;
+    if (cell.convertLosslessTo(kyVariant::Type::Integer, count))
+        total += count.toInteger();
+    // [lossless]
+}
+
+} // namespace
+
 int main()
 {
     // [first]
@@ -25,5 +41,8 @@ int main()
     expect(typed == kyVariant(26), "hexadecimal");
     expect(flat.size() == 4 && flat.contains("limits.step"), "one entry a leaf");
     expect(!settings.getValuePath("limits/low").isNumeric(), "the limits are gone");
+    for (const kyVariant& cell : {kyVariant(2.0), kyVariant(2.5), kyVariant("0x10"), kyVariant("10 ")})
+        add(cell);
+    expect(total == 18, "2.0 and 0x10 are whole numbers, the others are not");
     return failures;
 }

@@ -135,6 +135,7 @@ public:
         (static_cast<void>(addCell(cells)), ...);
         return endRow();
     }
+    /// Adds a row of texts.
     AsciiTableBuilder& addRow(const std::vector<std::string>& cells);
 
     /// Appends a cell to the row that endRow() will finish.
@@ -158,7 +159,6 @@ public:
         else
             return addUnsigned(static_cast<std::uint64_t>(value));
     }
-    /// @}
 
     /// Finishes the row, which may be empty.
     AsciiTableBuilder& endRow();

@@ -195,7 +195,7 @@ public:
     /// value. A negative precision counts as 6, and 0 significant digits as 1. Infinities are "inf" and "-inf", and
     /// what is not a number is "nan" or "-nan".
     [[nodiscard]] static std::string fromFloat(float value, int precision = 6, bool fixed = false);
-    /// As for float; the same text for the same value.
+    /// As for float.
     [[nodiscard]] static std::string fromFloat(double value, int precision = 6, bool fixed = false);
 
     /// The value rounded to a fraction, ties upwards in magnitude, with a decimal point.
