@@ -175,6 +175,22 @@ void files()
     // [files]
 }
 
+void threads()
+{
+    // [threads]
+    ky::kyThread thread;
+    thread.startThread("odd");
+    while (thread.isRunning())
+        ky::kyThread::msleep(1);
+    same(thread.isFinished(), false); // not joined yet
+    thread.waitThread(0x7FFFFFFF);
+    same(thread.isFinished(), true);
+
+    const ky::kyTimer never(false);
+    same(never.isElapsedSec(1000000), true);
+    // [threads]
+}
+
 void frame()
 {
     // [frame]
@@ -201,6 +217,7 @@ int main()
     devices();
     csv();
     files();
+    threads();
     frame();
     ky::terminateKySystem();
     return failures;
