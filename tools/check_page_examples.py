@@ -112,8 +112,10 @@ def check_examples(page, lines, programs, write):
 
 def anchors(path):
     found = set()
-    for line in path.read_text(encoding="utf-8").splitlines():
-        if line.startswith("#"):
+    lines = path.read_text(encoding="utf-8").splitlines()
+    code = {n for start, end, _ in blocks(lines) for n in range(start, end)}
+    for number, line in enumerate(lines):
+        if line.startswith("#") and number not in code:
             text = line.lstrip("#").strip().lower()
             found.add(re.sub(r"[^\w\- ]", "", text).replace(" ", "-"))
     return found

@@ -60,6 +60,18 @@ std::string findTexture(const std::string& project, const std::string& library, 
     return texture;
 }
 
+/// The rows of the table about path texts.
+void paths()
+{
+    using ky::kyDirUtils;
+    expect(kyDirUtils::JoinPath("a/", "/b") == "a/b", "one separator");
+    expect(kyDirUtils::ExtractFileExtension("C:\\Dir\\FILE.TXT") == "txt", "extension");
+    expect(kyDirUtils::ExtractFileBaseName("dir/archive.tar.gz") == "archive.tar", "base name");
+    expect(kyDirUtils::ExtractFolder("C:\\a\\b.txt") == "C:/a", "folder");
+    expect(kyDirUtils::GetParentPathUtf8("a/b/") == "a", "parent");
+    expect(kyDirUtils::GenerateValidFileName("a:b?c", '_') == "a_b_c", "valid name");
+}
+
 } // namespace
 
 int main()
@@ -73,6 +85,8 @@ int main()
     FirstFiles walk;
     const std::vector<std::string> filters{"txt"};
     expect(walk.visit(cache, true, &filters) && walk.files.size() == 2, "both texts are found");
+
+    paths();
 
     bool leftBehind = false;
     {
