@@ -15,6 +15,7 @@
 #include <ky/kyLockFile.h>
 #include <ky/kyLog.h>
 #include <ky/kyMutex.h>
+#include <ky/kyProcess.h>
 #include <ky/kyProgressNotifier.h>
 #include <ky/kyResource.h>
 #include <ky/kySemaphore.h>
