@@ -15,6 +15,9 @@ namespace ky::impl::native
 namespace
 {
 
+// With the NUL at its end; the system's own limit.
+constexpr std::size_t longestCommandLine = 32767;
+
 DWORD priorityClass(Priority priority)
 {
     switch (priority)
@@ -129,6 +132,8 @@ ErrorCode startProcess(const StartOrder& order, Process& process)
     std::wstring commandLine = widen(order.commandLine);
     std::wstring environment = environmentBlock(order.environment);
     const std::wstring folder = widen(order.folder);
+    if (commandLine.size() >= longestCommandLine)
+        return ERROR_FILENAME_EXCED_RANGE;
     Startup startup(order.streams);
     if (startup.error() != 0)
         return startup.error();

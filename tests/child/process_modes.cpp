@@ -60,8 +60,8 @@ int holdAndSay(const Arguments& arguments)
     if (arguments.size() > 1)
         std::signal(SIGTERM, SIG_IGN);
     ky::kyLockFile lock;
-    if (!lock.takeLockUtf8(arguments[0]))
-        return 1;
+    while (!lock.takeLockUtf8(arguments[0]))
+        sleepFor("5"); // somebody looks whether it is held
     print("ready");
     for (int i = 0; i < 6000 && !ky::kyDirUtils::FileExistsUtf8(arguments[0] + ".stop"); ++i)
         sleepFor("10");

@@ -255,10 +255,12 @@ TEST(ProcessLinux, StartsThatFailAtAnyStepLeaveNothingOpen)
     rlimit before;
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
     const int open = count();
+    const int firstFree = ::fcntl(0, F_DUPFD_CLOEXEC, 0);
+    ::close(firstFree);
     int failed = 0;
     for (int spare = 0; spare < 9; ++spare)
     {
-        const rlimit tight = {static_cast<rlim_t>(open + spare), before.rlim_max};
+        const rlimit tight = {static_cast<rlim_t>(firstFree + spare), before.rlim_max};
         ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &tight), 0);
         {
             kyProcess process;
