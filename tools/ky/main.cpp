@@ -31,6 +31,7 @@ struct Options
     IniOptions ini;
     LogOptions log;
     ReportOptions report;
+    RunOptions run;
     SessionLog session;
 };
 
@@ -103,6 +104,31 @@ void defineSession(CLI::App& app, SessionLog& session)
     app.add_option("--log-keep", session.filesToKeep)->check(CLI::Range(0, 128));
 }
 
+/// What follows the first word that is no option of the tool is the program and its arguments, whatever it looks like.
+CLI::App* defineProgram(CLI::App& app, const char* name, const std::string& description, RunOptions& run)
+{
+    CLI::App* const command = app.add_subcommand(name, description);
+    command->prefix_command()->fallthrough(false);
+    command->footer("ky " + std::string(name) + " [OPTIONS] [--] PROGRAM [ARGUMENTS...]");
+    command->parse_complete_callback([command, &run] { run.command = command->remaining(); });
+    return command;
+}
+
+void defineRun(CLI::App& app, RunOptions& run, SessionLog& session)
+{
+    CLI::App* const command = defineProgram(
+        app, "run", "Run a program; its output and exit code are passed on, its lines kept with --log", run);
+    command->add_option("--timeout", run.timeoutMs,
+                        "milliseconds after which it is ended, with all that it has started (exit code 124)");
+    command->add_option("--dir", run.folder, "the folder to start it in");
+    command->add_option("--env", run.variables, "NAME=VALUE in addition to the present environment; may be repeated")
+        ->allow_extra_args(false)
+        ->check([](const std::string& text)
+                { return text.find('=', 1) == std::string::npos ? "NAME=VALUE expected" : std::string(); });
+    defineSession(*command, session);
+    defineProgram(app, "detach", "Start a program that goes on by itself", run);
+}
+
 /// Number of arguments that an action of `ky ini` takes.
 std::size_t argumentCount(const std::string& action)
 {
@@ -124,6 +150,9 @@ ExitCode run(const CLI::App& app, const Options& options)
                           " argument(s)");
     if (app.got_subcommand("log") && options.log.words.empty() != options.log.readInput)
         return wrongUsage("log takes either a MESSAGE or --stdin");
+    const bool startsProgram = app.got_subcommand("run") || app.got_subcommand("detach");
+    if (startsProgram && options.run.command.empty())
+        return wrongUsage("there is no PROGRAM to start");
     // Clearing cannot be asked to stop: it is interrupted as any program.
     if (!app.got_subcommand("clear"))
         watchInterrupt();
@@ -134,13 +163,30 @@ ExitCode run(const CLI::App& app, const Options& options)
         return runClear(options.clear);
     if (app.got_subcommand("csv"))
         return runCsv(options.csv);
+    if (app.got_subcommand("detach"))
+        return runDetach(options.run);
     if (app.got_subcommand("find"))
         return runFind(options.find);
     if (app.got_subcommand("ini"))
         return runIni(options.ini);
     if (app.got_subcommand("report"))
         return runReport(options.report);
+    if (app.got_subcommand("run"))
+        return runRun(options.run);
     return runLog(options.log);
+}
+
+/// Takes out the "--" in front of a program to start: behind it, the parser would look for arguments of the tool. Every
+/// option of these commands has a value.
+void dropMark(std::vector<std::string>& arguments)
+{
+    if (arguments.empty() || (arguments.front() != "run" && arguments.front() != "detach"))
+        return;
+    std::size_t at = 1;
+    while (at < arguments.size() && arguments[at].rfind("--", 0) == 0 && arguments[at] != "--")
+        at += arguments[at].find('=') == std::string::npos ? 2U : 1U;
+    if (at < arguments.size() && arguments[at] == "--")
+        arguments.erase(arguments.begin() + static_cast<std::ptrdiff_t>(at));
 }
 
 ExitCode runTool(std::vector<std::string> arguments)
@@ -156,8 +202,10 @@ ExitCode runTool(std::vector<std::string> arguments)
     defineIni(app, options.ini);
     defineLog(app, options.log);
     defineReport(app, options.report);
+    defineRun(app, options.run, options.session);
     try
     {
+        dropMark(arguments);
         std::reverse(arguments.begin(), arguments.end());
         app.parse(arguments);
     }
