@@ -36,7 +36,7 @@ TEST_F(ToolRun, OutputAndExitCodeArePassedOn)
     EXPECT_EQ(ky({"run", child, "process_close", "0", "77"}), 77);
     EXPECT_EQ(output, "said");
     EXPECT_EQ(ky({"run", "--", child, "process_arguments", "--", "--timeout", "a b"}), 0);
-    EXPECT_EQ(output, "2D2D 2D2D74696D656F7574 612062 ");
+    EXPECT_EQ(output, "2d2d 2d2d74696d656f7574 612062 ");
     EXPECT_EQ(ky({"run", "--dir", dir.path(), "--env", "KY_A=1", "--env=KY_B=b c", "--", child, "process_surroundings",
                   "KY_B"}),
               0);
