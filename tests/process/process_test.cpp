@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <thread>
 
 #include "process/child_program.h"
 
@@ -272,6 +273,27 @@ TEST(Process, ManyStartsLeaveNothingBehind)
     startSome(ky::test::isSoak() ? 10000 : 40);
     EXPECT_TRUE(eventually([&] { return kyProcess().resetState() && handles() <= before; }))
         << before << " handles before, " << handles() << " after";
+}
+
+TEST(Process, ObjectsOfDifferentThreadsAreIndependent)
+{
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+    {
+        threads.emplace_back(
+            [i]
+            {
+                for (int round = 0; round < 10; ++round)
+                {
+                    kyProcess left;
+                    EXPECT_TRUE(left.startProcess(childProgram(), {"process_end", "0"}, true, kyProcess::Inherit));
+                    EXPECT_EQ(
+                        kyProcess::ExecUtf8(childProgram(), {"process_end", std::to_string(i)}, "", true, amplyMs), i);
+                }
+            });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
 }
 
 TEST(Process, PrioritiesHaveNames)
