@@ -28,6 +28,7 @@
 #include <ky/kyLog.h>
 #include <ky/kyMathUtils.h>
 #include <ky/kyMutex.h>
+#include <ky/kyProcess.h>
 #include <ky/kyProgressNotifier.h>
 #include <ky/kyResource.h>
 #include <ky/kySemaphore.h>
