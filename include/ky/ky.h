@@ -15,6 +15,8 @@
 #include <ky/kyLockFile.h>
 #include <ky/kyLog.h>
 #include <ky/kyMutex.h>
+#include <ky/kyNamedPipe.h>
+#include <ky/kyNamedPipeServer.h>
 #include <ky/kyProgressNotifier.h>
 #include <ky/kyResource.h>
 #include <ky/kySemaphore.h>
