@@ -34,15 +34,8 @@ InstanceState pollPipeInstance(PipeListener& listener, PipeInstance& instance);
 void* takePipe(PipeInstance* instance) noexcept;
 void closePipeInstance(PipeListener& listener, PipeInstance* instance) noexcept;
 
-enum class ListenerWait
-{
-    Signalled,
-    TimedOut,
-    Failed
-};
-
-/// Waits for the event; a negative limit is none.
-ListenerWait waitPipeListener(PipeListener& listener, int timeoutMs);
+/// Waits for the event. False on a time-out, and only then; a negative limit is none.
+bool waitPipeListener(PipeListener& listener, int timeoutMs);
 
 /// Before the instances are polled.
 void resetPipeListener(PipeListener& listener);
