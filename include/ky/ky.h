@@ -17,6 +17,7 @@
 #include <ky/kyMutex.h>
 #include <ky/kyNamedPipe.h>
 #include <ky/kyNamedPipeServer.h>
+#include <ky/kyProcess.h>
 #include <ky/kyProgressNotifier.h>
 #include <ky/kyResource.h>
 #include <ky/kySemaphore.h>
