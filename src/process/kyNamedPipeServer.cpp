@@ -5,6 +5,7 @@
 #include <ky/kyNamedPipeServer.h>
 
 #include <deque>
+#include <utility>
 #include <vector>
 
 namespace ky
