@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "process/pipe_support.h"
+#include "support/process_state.h"
 
 #include <algorithm>
 #include <vector>
@@ -178,7 +179,7 @@ TEST(NamedPipe, TheOtherEndSeesAClose)
     EXPECT_FALSE(pair.client.hasPendingWrite());
     ASSERT_TRUE(pair.client.connectToNamedPipeServerUtf8(pair.server.getServerNameUtf8()));
     const auto dropped = PipePair::accept(pair.server);
-    ASSERT_TRUE(pumpUntil(*dropped, [&] { return dropped->isReadChannelClosed(); }));
+    ASSERT_TRUE(pumpUntil(*dropped, [&] { return takeAll(*dropped), dropped->isReadChannelClosed(); }));
     ASSERT_EQ(offer(pair.client, "new"), 3u);
     const auto last = PipePair::accept(pair.server);
     ASSERT_TRUE(
@@ -189,7 +190,7 @@ TEST(NamedPipe, TheOtherEndSeesAClose)
 TEST(NamedPipe, BothWaysAtOnceInAllSizes)
 {
     std::minstd_rand random(7);
-    for (const std::size_t limit : {1, 7, 1000, 10240, 1 << 20})
+    for (const std::size_t limit : {1u, 7u, 1000u, 10240u, 1u << 20})
     {
         PipePair pair;
         kyNamedPipe* const ends[] = {&pair.client, pair.peer.get()};
@@ -310,18 +311,23 @@ TEST(NamedPipeServer, CollectsUpToTheLimit)
     EXPECT_TRUE(server.waitForNewConnection(60000));
 }
 
-TEST(NamedPipeServer, AnExclusiveNameHasOneServer)
+TEST(NamedPipeServer, LeavesNothingOpen)
 {
-    const std::string name = uniquePipeName();
-    kyNamedPipeServer first;
-    kyNamedPipeServer second;
-    first.setExclusiveName(true);
-    second.setExclusiveName(true);
-    ASSERT_TRUE(first.listenUtf8(name));
-    EXPECT_FALSE(second.listenUtf8(name));
-    EXPECT_FALSE(second.isListening());
-    first.closeNamedPipeServer();
-    EXPECT_TRUE(second.listenUtf8(name));
+    const auto use = []
+    {
+        PipePair pair;
+        offer(pair.client, std::string(10240, 'x'));
+        pair.client.processNamedPipeEvents(0, false);
+        pair.peer->processNamedPipeEvents(0, false);
+        kyNamedPipe uncollected;
+        EXPECT_TRUE(uncollected.connectToNamedPipeServerUtf8(pair.server.getServerNameUtf8()));
+        EXPECT_FALSE(kyNamedPipe().connectToNamedPipeServerUtf8(uniquePipeName()));
+    };
+    use();
+    const std::size_t before = processState().handles;
+    for (int round = 0; round < 200; ++round)
+        use();
+    EXPECT_EQ(processState().handles, before);
 }
 
 } // namespace
