@@ -57,13 +57,17 @@ int serveEcho(const Arguments& arguments)
         server.processPipeServerEvents(clients.empty() ? 100 : 0);
         while (server.hasPendingConnections())
             clients.emplace_back(server.getNextPendingConnection());
+        std::size_t moved = 0;
         for (const auto& client : clients)
         {
-            client->processNamedPipeEvents(1, true);
+            client->processNamedPipeEvents(0, false);
             if (client->bytesToWrite() == 0)
-                client->writeNamedPipeData(block.data(), client->readNamedPipeData(block.data(), block.size()));
+                moved +=
+                    client->writeNamedPipeData(block.data(), client->readNamedPipeData(block.data(), block.size()));
         }
         std::erase_if(clients, [](const auto& client) { return client->isReadChannelClosed(); });
+        if (moved == 0)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     return 1;
 }

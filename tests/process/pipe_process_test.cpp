@@ -18,7 +18,7 @@ TEST(NamedPipeProcesses, ExchangeInOrder)
     {
         std::size_t limit;
         std::uint64_t bytes;
-    } const cases[] = {{10240, 20 * million}, {1 << 20, 20 * million}, {3, 20'000}};
+    } const cases[] = {{10240, 10 * million}, {1 << 20, 20 * million}, {3, 3000}};
     for (const auto& [limit, quick] : cases)
     {
         const std::uint64_t bytes = limit > 3 && isSoak() ? 5000 * million : quick;
@@ -38,7 +38,7 @@ TEST(NamedPipeProcesses, AKilledClientIsSeenAtTheCut)
     kyNamedPipeServer server;
     ASSERT_TRUE(server.listenUtf8(uniquePipeName()));
     std::minstd_rand random(11);
-    for (unsigned kill = 0; kill < (isSoak() ? 1000u : 40u); ++kill)
+    for (unsigned kill = 0; kill < (isSoak() ? 1000u : 30u); ++kill)
     {
         ChildProcess child("pipe_send_pattern", {server.getServerNameUtf8(), std::to_string(kill)});
         const auto pipe = PipePair::accept(server);
@@ -61,26 +61,26 @@ TEST(NamedPipeProcesses, AKilledServerIsReplaced)
 {
     const std::string name = uniquePipeName();
     std::minstd_rand random(5);
-    for (int kill = 0; kill < (isSoak() ? 1000 : 15); ++kill)
+    for (int kill = 0; kill < (isSoak() ? 1000 : 10); ++kill)
     {
         ChildProcess child("pipe_serve_echo", {name});
         kyNamedPipe pipes[3];
         for (kyNamedPipe& pipe : pipes)
             ASSERT_TRUE(eventually([&] { return pipe.connectToNamedPipeServerUtf8(name); })) << "round " << kill;
-        std::string received;
-        const std::size_t wanted = random() % 20'000;
-        ASSERT_TRUE(pumpUntil(pipes[0],
-                              [&]
-                              {
-                                  offer(pipes[0], "question");
-                                  received += takeAll(pipes[0]);
-                                  return received.size() >= wanted;
-                              }));
+        PipePattern asked(1);
+        PipePattern answered(1);
+        const auto ask = [&]
+        {
+            char block[2000];
+            asked.fill(block, sizeof block);
+            asked.goBack(sizeof block - pipes[0].writeNamedPipeData(block, sizeof block));
+            EXPECT_TRUE(answered.check(block, pipes[0].readNamedPipeData(block, sizeof block)));
+        };
+        const std::size_t wanted = random() % 50'000;
+        ASSERT_TRUE(pumpUntil(pipes[0], [&] { return ask(), answered.position() >= wanted; }));
         child.kill();
         for (kyNamedPipe& pipe : pipes)
-            ASSERT_TRUE(pumpUntil(pipe, [&] { return received += takeAll(pipe), pipe.isReadChannelClosed(); }));
-        for (std::size_t i = 0; i < received.size(); ++i)
-            ASSERT_EQ(received[i], "question"[i % 8]);
+            ASSERT_TRUE(pumpUntil(pipe, [&] { return ask(), pipe.isReadChannelClosed(); }));
     }
     // In this process as well.
     kyNamedPipeServer server;
