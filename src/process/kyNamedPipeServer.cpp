@@ -37,6 +37,7 @@ struct kyNamedPipeServer::Private
     bool open(const std::string& serverName);
     void close() noexcept;
     bool addInstance();
+    void signalWaiting();
     bool collect();
     void collectOrClose();
 };
@@ -52,6 +53,7 @@ bool kyNamedPipeServer::Private::open(const std::string& serverName)
         if (!addInstance())
             return false;
     }
+    signalWaiting();
     name = serverName;
     listening = true;
     return true;
@@ -80,6 +82,13 @@ bool kyNamedPipeServer::Private::addInstance()
     return instance != nullptr;
 }
 
+/// No client that came while instances were opened is overlooked by the next wait.
+void kyNamedPipeServer::Private::signalWaiting()
+{
+    for (const PipeInstance* const instance : waiting)
+        impl::native::signalAgain(*listener, *instance);
+}
+
 /// Hands on the instances that are connected, and puts a new one in the place of each.
 bool kyNamedPipeServer::Private::collect()
 {
@@ -98,6 +107,7 @@ bool kyNamedPipeServer::Private::collect()
         if (successor == nullptr)
             return false;
     }
+    signalWaiting();
     return true;
 }
 

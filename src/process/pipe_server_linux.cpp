@@ -133,6 +133,9 @@ InstanceState pollPipeInstance(PipeListener& listener, PipeInstance& instance)
     return InstanceState::Waiting;
 }
 
+// The event is the listening socket itself, and is set as long as somebody waits.
+void signalAgain(PipeListener&, const PipeInstance&) {}
+
 void* takePipe(PipeInstance* instance) noexcept
 {
     const int socket = instance->socket;
@@ -148,7 +151,6 @@ bool waitPipeListener(PipeListener& listener, int timeoutMs)
     return waitForSocket(listener.socket.get(), POLLIN, timeoutMs);
 }
 
-// The event is the listening socket itself, and is set as long as somebody waits.
 void resetPipeListener(PipeListener& listener) { listener.isDrained = false; }
 
 } // namespace ky::impl::native

@@ -30,6 +30,9 @@ enum class InstanceState
 
 InstanceState pollPipeInstance(PipeListener& listener, PipeInstance& instance);
 
+/// Sets the event when the instance is connected: opening another one may have cleared it meanwhile.
+void signalAgain(PipeListener& listener, const PipeInstance& instance);
+
 /// Gives up the instance, and gives out the pipe of one that is connected, for adoptPipe().
 void* takePipe(PipeInstance* instance) noexcept;
 void closePipeInstance(PipeListener& listener, PipeInstance* instance) noexcept;

@@ -112,6 +112,13 @@ InstanceState pollPipeInstance(PipeListener&, PipeInstance& instance)
     return InstanceState::Failed;
 }
 
+// Issuing an overlapped operation clears its event.
+void signalAgain(PipeListener& listener, const PipeInstance& instance)
+{
+    if (instance.alreadyConnected || HasOverlappedIoCompleted(&instance.overlapped))
+        SetEvent(listener.event);
+}
+
 void* takePipe(PipeInstance* instance) noexcept
 {
     const HANDLE pipe = instance->pipe;

@@ -77,7 +77,8 @@ TEST(NamedPipeProcesses, AKilledServerIsReplaced)
             EXPECT_TRUE(answered.check(block, pipes[0].readNamedPipeData(block, sizeof block)));
         };
         const std::size_t wanted = random() % 50'000;
-        ASSERT_TRUE(pumpUntil(pipes[0], [&] { return ask(), answered.position() >= wanted; }));
+        ASSERT_TRUE(pumpUntil(pipes[0], [&] { return ask(), answered.position() >= wanted; }))
+            << asked.position() << " bytes, " << answered.position() << " answered";
         child.kill();
         for (kyNamedPipe& pipe : pipes)
             ASSERT_TRUE(pumpUntil(pipe, [&] { return ask(), pipe.isReadChannelClosed(); }));
