@@ -1,0 +1,1 @@
+ky_fuzz(command_line process/command_line_fuzz.cpp)
