@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/compiler.h"
 #include <ky/kyConcurrentPool.h>
 #include <ky/kyThread.h>
 
@@ -8,7 +9,7 @@ namespace ky
 {
 
 /// Executes what is put into its task slot. Slot and flag are guarded by the mutex of the pool.
-class ConcurrentPool::Worker final : public kyThread
+class KY_HIDDEN ConcurrentPool::Worker final : public kyThread
 {
 public:
     explicit Worker(ConcurrentPool& pool);

@@ -22,6 +22,13 @@
 #define KY_COLD
 #endif
 
+// A private class inside an exported one: it would be exported along with it.
+#if (defined(__GNUC__) || defined(__clang__)) && !defined(_WIN32)
+#define KY_HIDDEN __attribute__((visibility("hidden")))
+#else
+#define KY_HIDDEN
+#endif
+
 #if defined(__x86_64__) || defined(_M_X64)
 #define KY_ARCH_X64 1
 #else

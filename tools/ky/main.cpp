@@ -5,6 +5,7 @@
 #include "ky/session.h"
 
 #include <CLI/CLI.hpp>
+#include <ky/kySystem.h>
 
 #include <algorithm>
 #include <iostream>
@@ -149,6 +150,7 @@ ExitCode runTool(std::vector<std::string> arguments)
     Options options;
     app.require_subcommand(1);
     app.fallthrough();
+    app.set_version_flag("--version", std::string("ky ") + kySystem::Version::GetDescStringMajorMinorRelease());
     defineSession(app, options.session);
     defineClear(app, options.clear);
     defineCsv(app, options.csv);

@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+// How devices and streams report what they cannot do.
+#pragma once
+
+#include <ky/kyLog.h>
+
+namespace ky::impl
+{
+
+/// A CRITICAL message for the logger; nothing while there is none.
+inline void reportDevice(const char* message) noexcept
+{
+    if (kyLog* log = kyLog::editPtr())
+        kyLogObject(kyLogType::CRITICAL, nullptr, log, nullptr) << message;
+}
+
+} // namespace ky::impl

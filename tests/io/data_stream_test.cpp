@@ -1,0 +1,423 @@
+// SPDX-License-Identifier: MIT
+#include "data_stream_memory.h"
+#include "device_support.h"
+
+#include <ky/kyDataStream.h>
+
+#include <gmock/gmock.h>
+
+#include <bit>
+#include <functional>
+#include <random>
+#include <type_traits>
+
+namespace
+{
+
+using ky::kyDataStream;
+using ky::test::ScriptedDevice;
+using testing::ElementsAre;
+
+constexpr kyDataStream::Endianness orders[] = {kyDataStream::LittleEndian, kyDataStream::BigEndian};
+
+template <typename T, typename = void>
+constexpr bool canWrite = false;
+template <typename T>
+constexpr bool canWrite<T, std::void_t<decltype(std::declval<kyDataStream&>() << std::declval<T>())>> = true;
+template <typename T, typename = void>
+constexpr bool canRead = false;
+template <typename T>
+constexpr bool canRead<T, std::void_t<decltype(std::declval<kyDataStream&>() >> std::declval<T&>())>> = true;
+
+static_assert(canWrite<std::int64_t> && canWrite<std::uint64_t> && canWrite<std::size_t> && canWrite<std::int8_t>);
+static_assert(canRead<std::int64_t> && canRead<std::uint64_t> && canRead<std::size_t> && canRead<std::int8_t>);
+static_assert(canWrite<long> == (sizeof(long) == 8) && canWrite<unsigned long> == (sizeof(long) == 8));
+static_assert(canRead<long> == (sizeof(long) == 8) && canRead<unsigned long> == (sizeof(long) == 8));
+static_assert(!canWrite<const char*> && !canWrite<char (&)[3]> && !canWrite<void*> && !canWrite<std::nullptr_t>);
+
+/// Bit patterns, so that any NaN equals itself.
+template <typename T>
+auto comparable(const T& value)
+{
+    if constexpr (std::is_same_v<T, float>)
+        return std::bit_cast<std::uint32_t>(value);
+    else if constexpr (std::is_same_v<T, double>)
+        return std::bit_cast<std::uint64_t>(value);
+    else
+        return value;
+}
+
+/// One value of a record, whatever its type.
+struct Field
+{
+    std::function<void(kyDataStream&)> write;
+    /// Reads into a target that held something; tells what it holds then.
+    std::function<std::string(kyDataStream&)> read;
+    std::string failed; ///< what `read` tells when the stream has failed before
+    std::string little; ///< bytes on the device
+    std::string big;
+
+    const std::string& bytes(kyDataStream::Endianness order) const
+    {
+        return order == kyDataStream::BigEndian ? big : little;
+    }
+};
+
+template <typename T>
+Field field(T value, T before, std::string little, std::string big)
+{
+    const auto name = [=](const T& found) -> std::string
+    {
+        if (comparable(found) == comparable(value))
+            return "value";
+        if (comparable(found) == comparable(before))
+            return "before";
+        return comparable(found) == comparable(T()) ? "empty" : "other";
+    };
+    constexpr bool isAlwaysAssigned = std::is_same_v<T, bool> || std::is_class_v<T>;
+    return {[=](kyDataStream& stream) { stream << value; },
+            [=](kyDataStream& stream)
+            {
+                T found = before;
+                stream >> found;
+                return name(found);
+            },
+            isAlwaysAssigned ? name(T()) : "before", std::move(little), std::move(big)};
+}
+
+template <std::size_t Size>
+std::string raw(const char (&literal)[Size])
+{
+    return std::string(literal, Size - 1);
+}
+
+const std::vector<Field>& fields()
+{
+    using Bytes = std::vector<char>;
+    static const std::string large(100000, 'x');
+    static const std::vector<Field> all = {
+        field<bool>(true, true, "\xFF", "\xFF"),
+        field<bool>(false, true, raw("\0"), raw("\0")),
+        field<char>('a', 'b', "a", "a"),
+        field<signed char>(-2, 1, "\xFE", "\xFE"),
+        field<unsigned char>(200, 1, "\xC8", "\xC8"),
+        field<short>(-2, 1, "\xFE\xFF", "\xFF\xFE"),
+        field<unsigned short>(0x1234, 1, "\x34\x12", "\x12\x34"),
+        field<int>(-559038737, 1, "\xEF\xBE\xAD\xDE", "\xDE\xAD\xBE\xEF"),
+        field<unsigned int>(0x12345678, 1, "\x78\x56\x34\x12", "\x12\x34\x56\x78"),
+        field<long long>(-2, 1, "\xFE\xFF\xFF\xFF\xFF\xFF\xFF\xFF", "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFE"),
+        field<unsigned long long>(258, 1, raw("\2\1\0\0\0\0\0\0"), raw("\0\0\0\0\0\0\1\2")),
+        field<std::int64_t>(0x0102030405060708, 1, "\x08\x07\x06\x05\x04\x03\x02\x01",
+                            "\x01\x02\x03\x04\x05\x06\x07\x08"),
+        field<std::size_t>(0xA1, 1, raw("\xA1\0\0\0\0\0\0\0"), raw("\0\0\0\0\0\0\0\xA1")),
+        field<float>(-1.5F, 1, raw("\0\0\xC0\xBF"), raw("\xBF\xC0\0\0")),
+        field<float>(std::bit_cast<float>(0x7F800001U), 1, raw("\1\0\x80\x7F"), raw("\x7F\x80\0\1")), // signalling NaN
+        field<double>(-1.5, 1, raw("\0\0\0\0\0\0\xF8\xBF"), raw("\xBF\xF8\0\0\0\0\0\0")),
+        field<std::string>("ab", "before", raw("\2\0\0\0ab"), raw("\0\0\0\2ab")),
+        field<std::string>("", "before", raw("\0\0\0\0"), raw("\0\0\0\0")),
+        field<Bytes>({'a', '\0', 'c'}, {'b'}, raw("\3\0\0\0a\0c"), raw("\0\0\0\3a\0c")),
+        field<std::string>(large, "before", raw("\xA0\x86\1\0") + large, raw("\0\1\x86\xA0") + large),
+        field<Bytes>(Bytes(large.begin(), large.end()), {'b'}, raw("\xA0\x86\1\0") + large,
+                     raw("\0\1\x86\xA0") + large),
+    };
+    return all;
+}
+
+TEST(DataStream, PutsTheseBytesOnTheDeviceAndReadsThemBack)
+{
+    for (const auto order : orders)
+    {
+        ScriptedDevice device;
+        kyDataStream stream(&device, order);
+        std::string expected;
+        for (const Field& value : fields())
+        {
+            value.write(stream);
+            expected += value.bytes(order);
+            ASSERT_EQ(device.content, expected) << "a " << value.bytes(order).size() << " byte value";
+        }
+        for (const Field& value : fields())
+            EXPECT_EQ(value.read(stream), "value");
+        EXPECT_TRUE(stream.isOk() && device.atEnd());
+        char byte = 0;
+        EXPECT_FALSE((stream >> byte).isOk());
+    }
+}
+
+TEST(DataStream, TakesOneCallOfTheDeviceAValue)
+{
+    for (const auto order : orders)
+    {
+        ScriptedDevice device;
+        kyDataStream stream(&device, order);
+        std::string text = "abc";
+        std::uint64_t number = 0;
+        bool flag = false;
+        stream << number << flag << text << 0.5F;
+        stream >> number >> flag >> text;
+        EXPECT_THAT(device.writes, ElementsAre(8, 1, 4, 3, 4));
+        EXPECT_THAT(device.reads, ElementsAre(8, 1, 4, 3));
+    }
+}
+
+TEST(DataStream, ReadsAnyByteAsABool)
+{
+    for (int byte = 0; byte < 256; ++byte)
+    {
+        ScriptedDevice device(std::string(1, static_cast<char>(byte)));
+        kyDataStream stream(&device, kyDataStream::BigEndian);
+        bool flag = byte == 0;
+        EXPECT_TRUE((stream >> flag).isOk());
+        EXPECT_EQ(flag, byte != 0);
+    }
+}
+
+TEST(DataStream, ChangesItsOrderBetweenValues)
+{
+    ScriptedDevice device;
+    kyDataStream stream(&device, kyDataStream::BigEndian);
+    const auto odd = static_cast<kyDataStream::Endianness>(7);
+    stream << short{1};
+    stream.setEndianness(odd);
+    EXPECT_EQ(stream.getEndianness(), odd);
+    stream << short{1};
+    stream.setError();
+    stream.setEndianness(kyDataStream::BigEndian);
+    EXPECT_FALSE((stream << short{1}).isOk()) << "an error stays";
+    EXPECT_EQ(device.content, raw("\0\1\1\0"));
+}
+
+TEST(DataStream, FailsAtEveryCutAndReadsNoFurther)
+{
+    for (const auto order : orders)
+    {
+        std::string whole;
+        std::vector<std::size_t> ends;
+        for (const Field& value : fields())
+            ends.push_back((whole += value.bytes(order)).size());
+        // Inside the two large texts at some places only.
+        for (std::size_t cut = 0; cut<whole.size(); cut += cut % 100000> 200 ? 9973 : 1)
+        {
+            ScriptedDevice device(whole.substr(0, cut));
+            kyDataStream stream(&device, order);
+            std::size_t readsAtFailure = 0;
+            for (std::size_t i = 0; i < fields().size(); ++i)
+            {
+                const Field& value = fields()[i];
+                const bool failedBefore = !stream.isOk();
+                const std::string found = value.read(stream);
+                ASSERT_EQ(stream.isOk(), ends[i] <= cut) << "value " << i << " cut " << cut;
+                // What a short read leaves in a number is another test's matter.
+                if (stream.isOk() || failedBefore || value.failed != "before")
+                {
+                    ASSERT_EQ(found, stream.isOk() ? "value" : value.failed) << "value " << i << " cut " << cut;
+                }
+                if (!stream.isOk() && !failedBefore)
+                    readsAtFailure = device.reads.size();
+            }
+            ASSERT_EQ(device.reads.size(), readsAtFailure);
+        }
+    }
+}
+
+TEST(DataStream, StopsWritingWhereTheDeviceFails)
+{
+    for (const auto order : orders)
+    {
+        std::string whole;
+        for (const Field& value : fields())
+            whole += value.bytes(order);
+        for (std::size_t limit = 0; limit<whole.size(); limit += limit % 100000> 200 ? 9973 : 1)
+        {
+            ScriptedDevice device;
+            device.failWriteAt = limit;
+            kyDataStream stream(&device, order);
+            std::size_t calls = 0;
+            for (const Field& value : fields())
+            {
+                const bool failedBefore = !stream.isOk();
+                value.write(stream);
+                if (!failedBefore)
+                    calls = device.writes.size();
+            }
+            ASSERT_FALSE(stream.isOk());
+            ASSERT_EQ(device.writes.size(), calls) << "wrote on after the failure";
+            ASSERT_EQ(device.content, whole.substr(0, limit));
+        }
+    }
+}
+
+TEST(DataStream, ReadsRecordsThatEndAtAnyByte)
+{
+    std::mt19937_64 random(7);
+    for (int i = 0; i < 10000; ++i)
+    {
+        const auto order = orders[i % 2];
+        const std::uint64_t number = random();
+        const std::string text(random() % 20, static_cast<char>(random()));
+        const std::vector<char> bytes(random() % 20, static_cast<char>(random()));
+        ScriptedDevice written;
+        kyDataStream(&written, order) << number << text << static_cast<float>(i) << bytes;
+        const std::string& record = written.content;
+        ASSERT_EQ(record.size(), 8 + 4 + text.size() + 4 + 4 + bytes.size());
+        for (std::size_t cut = 0; cut <= record.size(); ++cut)
+        {
+            ScriptedDevice device(record.substr(0, cut));
+            std::uint64_t readNumber = 0;
+            float readReal = -1;
+            std::string readText = "before";
+            std::vector<char> readBytes(3);
+            kyDataStream stream(&device, order);
+            stream >> readNumber >> readText >> readReal >> readBytes;
+            const bool hasText = cut >= 12 + text.size();
+            const bool isWhole = cut == record.size();
+            ASSERT_EQ(stream.isOk(), isWhole);
+            ASSERT_EQ(readText, hasText ? text : "");
+            ASSERT_EQ(readBytes, isWhole ? bytes : std::vector<char>());
+            ASSERT_TRUE(cut < 8 || readNumber == number);
+            ASSERT_TRUE(hasText || readReal == -1);
+        }
+    }
+}
+
+TEST(DataStream, LeavesTheBytesOfAShortReadInTheHostsOrder)
+{
+    const struct
+    {
+        kyDataStream::Endianness order;
+        std::uint32_t expected;
+    } rows[] = {{kyDataStream::LittleEndian, 0xA4A30201}, {kyDataStream::BigEndian, 0x0102A3A4}};
+    for (const auto& row : rows)
+    {
+        ScriptedDevice device("\x01\x02");
+        kyDataStream stream(&device, row.order);
+        // The bytes A1 A2 A3 A4 stand in the target before.
+        std::uint32_t target = 0xA4A3A2A1;
+        EXPECT_FALSE((stream >> target).isOk());
+        EXPECT_EQ(target, row.expected);
+    }
+}
+
+TEST(DataStream, MovesRawBytes)
+{
+    ScriptedDevice device("0123456789");
+    kyDataStream stream(&device, kyDataStream::BigEndian);
+    char bytes[8] = {};
+    EXPECT_EQ(stream.readRawBytes(bytes, 0), 0U);
+    EXPECT_EQ(stream.readRawBytes(nullptr, 8), 0U);
+    EXPECT_EQ(stream.readRawBytes(bytes, 4), 4U);
+    EXPECT_TRUE(stream.writeRawData("ab", 2));
+    EXPECT_TRUE(stream.writeRawData(nullptr, 0));
+    EXPECT_TRUE(stream.isOk());
+    stream.setError();
+    EXPECT_EQ(stream.readRawBytes(bytes, 4), 4U) << "reads all the same";
+    EXPECT_STREQ(bytes, "4567");
+    EXPECT_FALSE(stream.isOk());
+    EXPECT_FALSE(stream.writeRawData("cd", 2) || stream.writeRawData("", 0));
+    EXPECT_EQ(device.content, "0123456789ab");
+
+    kyDataStream second(&device, kyDataStream::BigEndian);
+    EXPECT_EQ(second.readRawBytes(bytes, 8), 4U);
+    EXPECT_FALSE(second.isOk());
+    device.failWriteAt = 13;
+    kyDataStream third(&device, kyDataStream::BigEndian);
+    EXPECT_FALSE(third.writeRawData("cd", 2) || third.isOk());
+}
+
+TEST(DataStream, FailsWithoutADevice)
+{
+    for (const Field& value : fields())
+    {
+        kyDataStream out(nullptr, kyDataStream::BigEndian);
+        value.write(out);
+        EXPECT_FALSE(out.isOk());
+        kyDataStream in(nullptr, kyDataStream::BigEndian);
+        EXPECT_EQ(value.read(in), value.failed);
+        EXPECT_FALSE(in.isOk());
+    }
+    char byte = 0;
+    kyDataStream stream(nullptr, kyDataStream::BigEndian);
+    EXPECT_TRUE(stream.readRawBytes(&byte, 0) == 0 && stream.isOk());
+    EXPECT_FALSE(stream.write8BytesBigEndian("01234567") || stream.read1Byte(&byte));
+    EXPECT_TRUE(stream.isOk()) << "the building blocks leave it alone";
+    EXPECT_TRUE(stream.readRawBytes(&byte, 1) == 0 && !stream.isOk());
+    kyDataStream second(nullptr, kyDataStream::BigEndian);
+    EXPECT_FALSE(second.writeRawData("", 0) || second.isOk());
+}
+
+TEST(DataStream, IsNotTakenInByALiar)
+{
+    for (const auto order : orders)
+    {
+        for (const std::size_t claimed : {std::size_t{1}, ScriptedDevice::never / 2})
+        {
+            for (const Field& value : fields())
+            {
+                ScriptedDevice device(value.bytes(order));
+                device.claimed = claimed;
+                kyDataStream in(&device, order);
+                const std::string found = value.read(in);
+                EXPECT_FALSE(in.isOk());
+                EXPECT_TRUE(value.failed == "before" || found == value.failed);
+                kyDataStream out(&device, order);
+                value.write(out);
+                EXPECT_FALSE(out.isOk());
+            }
+            ScriptedDevice device("0123456789");
+            device.claimed = claimed;
+            kyDataStream stream(&device, order);
+            char bytes[4] = {};
+            EXPECT_EQ(stream.readRawBytes(bytes, 4), 4U);
+            EXPECT_FALSE(stream.isOk());
+        }
+    }
+}
+
+/// Notes the largest use of memory at the time of a read.
+class WatchedDevice : public ScriptedDevice
+{
+public:
+    using ScriptedDevice::ScriptedDevice;
+
+    std::size_t readBytes(char* data, std::size_t size) override
+    {
+        const std::size_t got = ScriptedDevice::readBytes(data, size);
+        resident = std::max(resident, ky::test::residentMemory());
+        return got;
+    }
+    std::size_t resident = 0;
+};
+
+template <typename Text>
+void announce(const std::string& prefix, std::size_t size)
+{
+    WatchedDevice device(prefix + "0123456789");
+    kyDataStream stream(&device, kyDataStream::BigEndian);
+    Text text(3, 'x');
+    const std::size_t before = ky::test::residentMemory();
+    EXPECT_FALSE((stream >> text).isOk());
+    EXPECT_TRUE(text.empty());
+    EXPECT_LT(device.resident, before + (std::size_t{64} << 20));
+    EXPECT_THAT(device.reads, ElementsAre(4, size)) << "one read of the announced length";
+}
+
+TEST(DataStream, PaysNothingForLengthsThatAreOnlyAnnounced)
+{
+    const struct
+    {
+        std::string prefix;
+        std::size_t size;
+    } rows[] = {{raw("\0\0\0\x0B"), 11},
+                {raw("\0\1\0\0"), 0x10000},
+                {raw("\0\1\0\1"), 0x10001},
+                {raw("\x10\0\0\0"), 0x10000000},
+                {raw("\x7F\xFF\xFF\xFF"), 0x7FFFFFFF},
+                {raw("\xFF\xFF\xFF\xFF"), 0xFFFFFFFF}};
+    for (const auto& row : rows)
+    {
+        announce<std::string>(row.prefix, row.size);
+        announce<std::vector<char>>(row.prefix, row.size);
+    }
+}
+
+} // namespace

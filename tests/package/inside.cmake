@@ -1,0 +1,31 @@
+# A project that contains the library's source tree, with the linkage that this build does not have; then the install
+# tree that such a build gives.
+include("${CMAKE_CURRENT_LIST_DIR}/common.cmake")
+if(SHARED)
+  set(other OFF)
+  set(component static)
+  set(how --static)
+else()
+  set(other ON)
+  set(component shared)
+  set(how)
+endif()
+set(prefix "${WORK_DIR}/installed")
+configure("${CMAKE_CURRENT_LIST_DIR}/inside" "${WORK_DIR}/build" "-DKYSYSTEM=${PROJECT_DIR}" -DSHARED=${other}
+  -DCMAKE_BUILD_TYPE=Debug)
+run(${CMAKE_COMMAND} --build "${WORK_DIR}/build" --parallel 2)
+file(GLOB_RECURSE library "${WORK_DIR}/build/kySystem.dll")
+if(library)
+  get_filename_component(folder "${library}" DIRECTORY)
+  file(COPY "${library}" DESTINATION "${WORK_DIR}/build")
+endif()
+put_libraries_beside("${WORK_DIR}/build" "${prefix}")
+run_hello("${WORK_DIR}/build/hello${suffix}")
+
+run(${CMAKE_COMMAND} --install "${WORK_DIR}/build" --prefix "${prefix}")
+configure("${CMAKE_CURRENT_LIST_DIR}/outside" "${WORK_DIR}/build-installed" "-DCMAKE_PREFIX_PATH=${prefix}"
+  "-DCMAKE_FIND_ROOT_PATH=${prefix}" -DCOMPONENT=${component})
+run(${CMAKE_COMMAND} --build "${WORK_DIR}/build-installed" --target hello)
+put_libraries_beside("${WORK_DIR}/build-installed" "${prefix}")
+run_hello("${WORK_DIR}/build-installed/hello${suffix}")
+check_pkg_config("${prefix}" ${how})

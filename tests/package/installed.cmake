@@ -1,0 +1,32 @@
+# Installs, moves the install tree, builds and runs the README's program and one with resources against it.
+include("${CMAKE_CURRENT_LIST_DIR}/common.cmake")
+set(data "${WORK_DIR}/data")
+file(WRITE "${data}/changed.txt" "before")
+file(WRITE "${data}/empty" "")
+file(WRITE "${data}/eight" "12345678")
+file(WRITE "${data}/ä/日本 $1 #2 %3.txt" "name")
+if(NOT CMAKE_HOST_WIN32 AND NOT TOOLCHAIN)
+  file(WRITE "${data}/ä/\"4\" '5'*.txt" "a name that Windows does not have")
+endif()
+
+set(prefix "${WORK_DIR}/moved")
+run(${CMAKE_COMMAND} --install "${BUILD_DIR}" --prefix "${WORK_DIR}/made")
+file(RENAME "${WORK_DIR}/made" "${prefix}")
+# Every byte, and many of them.
+file(GLOB_RECURSE libraries "${prefix}/*kySystem.a" "${prefix}/*kySystem.so" "${prefix}/*kySystem.dll")
+list(GET libraries 0 library)
+configure_file("${library}" "${data}/library" COPYONLY)
+
+configure("${CMAKE_CURRENT_LIST_DIR}/outside" "${WORK_DIR}/build" "-DCMAKE_PREFIX_PATH=${prefix}"
+  "-DCMAKE_FIND_ROOT_PATH=${prefix}" "-DDATA=${data}")
+run(${CMAKE_COMMAND} --build "${WORK_DIR}/build")
+put_libraries_beside("${WORK_DIR}/build" "${prefix}")
+run_hello("${WORK_DIR}/build/hello${suffix}")
+run(${RUNNER} "${WORK_DIR}/build/resources${suffix}" "${data}")
+file(WRITE "${data}/changed.txt" "afterwards")
+run(${CMAKE_COMMAND} --build "${WORK_DIR}/build")
+run(${RUNNER} "${WORK_DIR}/build/resources${suffix}" "${data}")
+if(EXISTS "${prefix}/bin/ky${suffix}")
+  run(${RUNNER} "${prefix}/bin/ky${suffix}" --version)
+endif()
+check_pkg_config("${prefix}")
