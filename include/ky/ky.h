@@ -17,6 +17,7 @@
 #include <ky/kyIoDeviceBroadcast.h>
 #include <ky/kyIoDeviceByteCounter.h>
 #include <ky/kyIoDeviceMemory.h>
+#include <ky/kyIoDeviceNamedPipe.h>
 #include <ky/kyIoDeviceSignaler.h>
 #include <ky/kyIoDeviceStdStreamProxy.h>
 #include <ky/kyIoDeviceWriteStreamModifier.h>

@@ -31,6 +31,7 @@ struct Options
     FindOptions find;
     IniOptions ini;
     LogOptions log;
+    PipeOptions pipe;
     ReportOptions report;
     SessionLog session;
 };
@@ -89,6 +90,21 @@ void defineLog(CLI::App& app, LogOptions& log)
     command->add_option("MESSAGE", log.words, "the message; several words are joined by blanks");
 }
 
+void definePipe(CLI::App& app, PipeOptions& pipe)
+{
+    CLI::App* const command = app.add_subcommand(
+        "pipe", "Talk over a named pipe: serve NAME prints what clients send, send NAME [TEXT...] prints the replies");
+    command->add_option("ACTION", pipe.action)->required()->check(CLI::IsMember({"serve", "send"}));
+    command->add_option("NAME", pipe.name, "the name of the pipe")->required();
+    command->add_option("TEXT", pipe.words, "send: the line to send, words joined by blanks; none: standard input");
+    command->add_flag("--echo", pipe.echo, "serve: send everything back as well");
+    command->add_option("--replies", pipe.replyLines, "send: wait for so many lines of reply, however long it takes")
+        ->check(CLI::NonNegativeNumber);
+    command->add_option("--wait", pipe.waitMs, "send: without --replies, end after a pause of so many milliseconds")
+        ->check(CLI::NonNegativeNumber)
+        ->capture_default_str();
+}
+
 void defineReport(CLI::App& app, ReportOptions& report)
 {
     CLI::App* const command = app.add_subcommand("report", "Print the machine: system, processor, memory, displays");
@@ -125,6 +141,8 @@ ExitCode run(const CLI::App& app, const Options& options)
                           " argument(s)");
     if (app.got_subcommand("log") && options.log.words.empty() != options.log.readInput)
         return wrongUsage("log takes either a MESSAGE or --stdin");
+    if (app.got_subcommand("pipe") && options.pipe.action == "serve" && !options.pipe.words.empty())
+        return wrongUsage("pipe serve takes no TEXT");
     // Clearing cannot be asked to stop: it is interrupted as any program.
     if (!app.got_subcommand("clear"))
         watchInterrupt();
@@ -139,6 +157,8 @@ ExitCode run(const CLI::App& app, const Options& options)
         return runFind(options.find);
     if (app.got_subcommand("ini"))
         return runIni(options.ini);
+    if (app.got_subcommand("pipe"))
+        return runPipe(options.pipe);
     if (app.got_subcommand("report"))
         return runReport(options.report);
     return runLog(options.log);
@@ -157,6 +177,7 @@ ExitCode runTool(std::vector<std::string> arguments)
     defineFind(app, options.find);
     defineIni(app, options.ini);
     defineLog(app, options.log);
+    definePipe(app, options.pipe);
     defineReport(app, options.report);
     try
     {
