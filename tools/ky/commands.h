@@ -76,13 +76,28 @@ struct ReportOptions
     std::string csvFile; ///< empty for none
 };
 
+struct RunOptions
+{
+    unsigned int timeoutMs = 0; ///< 0 for none
+    std::string folder;
+    std::vector<std::string> variables; ///< as "name=value", besides those of the tool
+    std::vector<std::string> command;   ///< the program first
+};
+
 ExitCode runClear(const ClearOptions& options);
 ExitCode runCsv(const CsvOptions& options);
+
+/// Only the program and its arguments count.
+ExitCode runDetach(const RunOptions& options);
+
 ExitCode runFind(const FindOptions& options);
 ExitCode runIni(const IniOptions& options);
 ExitCode runLog(const LogOptions& options);
 ExitCode runPipe(const PipeOptions& options);
 ExitCode runReport(const ReportOptions& options);
+
+/// The exit code of the program, 124 when it was not finished in time, 127 when it cannot be started.
+ExitCode runRun(const RunOptions& options);
 
 /// Prints "ky: FILE: reason" to standard error.
 ExitCode fail(const std::string& file, const std::string& reason);

@@ -33,6 +33,7 @@ struct Options
     LogOptions log;
     PipeOptions pipe;
     ReportOptions report;
+    RunOptions run;
     SessionLog session;
 };
 
@@ -120,6 +121,31 @@ void defineSession(CLI::App& app, SessionLog& session)
     app.add_option("--log-keep", session.filesToKeep)->check(CLI::Range(0, 128));
 }
 
+/// What follows the first word that is no option of the tool is the program and its arguments, whatever it looks like.
+CLI::App* defineProgram(CLI::App& app, const char* name, const std::string& description, RunOptions& run)
+{
+    CLI::App* const command = app.add_subcommand(name, description);
+    command->prefix_command()->fallthrough(false);
+    command->footer("ky " + std::string(name) + " [OPTIONS] [--] PROGRAM [ARGUMENTS...]");
+    command->parse_complete_callback([command, &run] { run.command = command->remaining(); });
+    return command;
+}
+
+void defineRun(CLI::App& app, RunOptions& run, SessionLog& session)
+{
+    CLI::App* const command = defineProgram(
+        app, "run", "Run a program; its output and exit code are passed on, its lines kept with --log", run);
+    command->add_option("--timeout", run.timeoutMs,
+                        "milliseconds after which it is ended, with all that it has started (exit code 124)");
+    command->add_option("--dir", run.folder, "the folder to start it in");
+    command->add_option("--env", run.variables, "NAME=VALUE in addition to the present environment; may be repeated")
+        ->allow_extra_args(false)
+        ->check([](const std::string& text)
+                { return text.find('=', 1) == std::string::npos ? "NAME=VALUE expected" : std::string(); });
+    defineSession(*command, session);
+    defineProgram(app, "detach", "Start a program that goes on by itself", run);
+}
+
 /// Number of arguments that an action of `ky ini` takes.
 std::size_t argumentCount(const std::string& action)
 {
@@ -143,6 +169,9 @@ ExitCode run(const CLI::App& app, const Options& options)
         return wrongUsage("log takes either a MESSAGE or --stdin");
     if (app.got_subcommand("pipe") && options.pipe.action == "serve" && !options.pipe.words.empty())
         return wrongUsage("pipe serve takes no TEXT");
+    const bool startsProgram = app.got_subcommand("run") || app.got_subcommand("detach");
+    if (startsProgram && options.run.command.empty())
+        return wrongUsage("there is no PROGRAM to start");
     // Clearing cannot be asked to stop: it is interrupted as any program.
     if (!app.got_subcommand("clear"))
         watchInterrupt();
@@ -153,6 +182,8 @@ ExitCode run(const CLI::App& app, const Options& options)
         return runClear(options.clear);
     if (app.got_subcommand("csv"))
         return runCsv(options.csv);
+    if (app.got_subcommand("detach"))
+        return runDetach(options.run);
     if (app.got_subcommand("find"))
         return runFind(options.find);
     if (app.got_subcommand("ini"))
@@ -161,7 +192,22 @@ ExitCode run(const CLI::App& app, const Options& options)
         return runPipe(options.pipe);
     if (app.got_subcommand("report"))
         return runReport(options.report);
+    if (app.got_subcommand("run"))
+        return runRun(options.run);
     return runLog(options.log);
+}
+
+/// Takes out the "--" in front of a program to start: behind it, the parser would look for arguments of the tool. Every
+/// option of these commands has a value.
+void dropMark(std::vector<std::string>& arguments)
+{
+    if (arguments.empty() || (arguments.front() != "run" && arguments.front() != "detach"))
+        return;
+    std::size_t at = 1;
+    while (at < arguments.size() && arguments[at].rfind("--", 0) == 0 && arguments[at] != "--")
+        at += arguments[at].find('=') == std::string::npos ? 2U : 1U;
+    if (at < arguments.size() && arguments[at] == "--")
+        arguments.erase(arguments.begin() + static_cast<std::ptrdiff_t>(at));
 }
 
 ExitCode runTool(std::vector<std::string> arguments)
@@ -179,8 +225,10 @@ ExitCode runTool(std::vector<std::string> arguments)
     defineLog(app, options.log);
     definePipe(app, options.pipe);
     defineReport(app, options.report);
+    defineRun(app, options.run, options.session);
     try
     {
+        dropMark(arguments);
         std::reverse(arguments.begin(), arguments.end());
         app.parse(arguments);
     }
