@@ -72,6 +72,16 @@ struct FindOptions
     bool folders = false; ///< folders as well
 };
 
+struct PipeOptions
+{
+    std::string action;
+    std::string name;
+    bool echo = false;              ///< serve: send back what comes
+    int replyLines = -1;            ///< send: how many lines of reply to wait for; -1 for those that come in time
+    int waitMs = 300;               ///< send: how long the last of them may take
+    std::vector<std::string> words; ///< send: the text; empty for standard input
+};
+
 struct ReportOptions
 {
     bool full = false;
@@ -104,6 +114,7 @@ ExitCode runDetach(const RunOptions& options);
 ExitCode runFind(const FindOptions& options);
 ExitCode runIni(const IniOptions& options);
 ExitCode runLog(const LogOptions& options);
+ExitCode runPipe(const PipeOptions& options);
 ExitCode runReport(const ReportOptions& options);
 ExitCode runSort(const SortOptions& options);
 
