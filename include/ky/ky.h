@@ -39,6 +39,7 @@
 #include <ky/kyIoDeviceBroadcast.h>
 #include <ky/kyIoDeviceByteCounter.h>
 #include <ky/kyIoDeviceMemory.h>
+#include <ky/kyIoDeviceNamedPipe.h>
 #include <ky/kyIoDeviceSignaler.h>
 #include <ky/kyIoDeviceStdStreamProxy.h>
 #include <ky/kyIoDeviceWriteStreamModifier.h>
@@ -46,6 +47,9 @@
 #include <ky/kyLog.h>
 #include <ky/kyMathUtils.h>
 #include <ky/kyMutex.h>
+#include <ky/kyNamedPipe.h>
+#include <ky/kyNamedPipeServer.h>
+#include <ky/kyProcess.h>
 #include <ky/kyProgressNotifier.h>
 #include <ky/kyResource.h>
 #include <ky/kySemaphore.h>

@@ -67,6 +67,9 @@ TEST_F(Tool, WrongUsageIsTwoAndHelpIsZero)
         {"log", file, "--type", "loud", "x"},
         {"log", file, "--keep", "129", "x"},
         {"log", file, "--max-size", "many", "x"},
+        {"pipe", "serve"},
+        {"pipe", "serve", "name", "text"},
+        {"pipe", "listen", "name"},
         {"report", "extra"},
         {"report", "--ini"},
     };
@@ -298,6 +301,33 @@ TEST_F(Tool, ClearEmptiesOrRemovesAFolder)
     EXPECT_EQ(file.exitCode, 1);
     EXPECT_THAT(file.output, HasSubstr("is not a folder"));
     EXPECT_TRUE(ky::test::exists(dir.file("file")));
+}
+
+TEST_F(Tool, PipesReachSeveralClients)
+{
+    const std::string name = "ky tool/" + dir.path();
+    EXPECT_EQ(ky({"pipe", "send", name, "hello"}).exitCode, 1);
+    ky::test::ChildProcess server =
+        ky::test::ChildProcess::program("ky", {"pipe", "serve", name, "--echo"}, dir.file("served"));
+    const auto hasServed = [&](const char* text)
+    { return ky::test::eventually([&] { return readFile(dir.file("served")).find(text) != std::string::npos; }); };
+    ASSERT_TRUE(hasServed("listening"));
+    // One that stays, beside others that come and go.
+    ky::test::ChildProcess waiting = ky::test::ChildProcess::program(
+        "ky", {"pipe", "send", name, "first", "line", "--replies", "2"}, dir.file("waiting"));
+    ASSERT_TRUE(hasServed("first line\n"));
+    for (const std::string text : {"gr\xC3\xBC\xC3\x9F", "with blanks "})
+    {
+        const Result result = ky({"pipe", "send", name, text, "--replies", "1"});
+        EXPECT_EQ(result.exitCode, 0);
+        EXPECT_EQ(result.output, text + "\n");
+        EXPECT_TRUE(hasServed((text + "\n").c_str()));
+    }
+    EXPECT_TRUE(waiting.isRunning());
+    server.kill();
+    EXPECT_EQ(waiting.wait(), 1);
+    EXPECT_THAT(readFile(dir.file("waiting")), HasSubstr("first line\n"));
+    EXPECT_THAT(readFile(dir.file("waiting")), HasSubstr("the server has closed the pipe"));
 }
 
 } // namespace

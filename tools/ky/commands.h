@@ -72,6 +72,16 @@ struct FindOptions
     bool folders = false; ///< folders as well
 };
 
+struct PipeOptions
+{
+    std::string action;
+    std::string name;
+    bool echo = false;              ///< serve: send back what comes
+    int replyLines = -1;            ///< send: how many lines of reply to wait for; -1 for those that come in time
+    int waitMs = 300;               ///< send: how long the last of them may take
+    std::vector<std::string> words; ///< send: the text; empty for standard input
+};
+
 struct ReportOptions
 {
     bool full = false;
@@ -87,13 +97,29 @@ struct SortOptions
     bool unique = false;
 };
 
+struct RunOptions
+{
+    unsigned int timeoutMs = 0; ///< 0 for none
+    std::string folder;
+    std::vector<std::string> variables; ///< as "name=value", besides those of the tool
+    std::vector<std::string> command;   ///< the program first
+};
+
 ExitCode runClear(const ClearOptions& options);
 ExitCode runCsv(const CsvOptions& options);
+
+/// Only the program and its arguments count.
+ExitCode runDetach(const RunOptions& options);
+
 ExitCode runFind(const FindOptions& options);
 ExitCode runIni(const IniOptions& options);
 ExitCode runLog(const LogOptions& options);
+ExitCode runPipe(const PipeOptions& options);
 ExitCode runReport(const ReportOptions& options);
 ExitCode runSort(const SortOptions& options);
+
+/// The exit code of the program, 124 when it was not finished in time, 127 when it cannot be started.
+ExitCode runRun(const RunOptions& options);
 
 /// Prints "ky: FILE: reason" to standard error.
 ExitCode fail(const std::string& file, const std::string& reason);

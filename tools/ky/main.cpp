@@ -32,8 +32,10 @@ struct Options
     FindOptions find;
     IniOptions ini;
     LogOptions log;
+    PipeOptions pipe;
     ReportOptions report;
     SortOptions sort;
+    RunOptions run;
     SessionLog session;
 };
 
@@ -110,6 +112,21 @@ void defineLog(CLI::App& app, LogOptions& log)
     command->add_option("MESSAGE", log.words, "the message; several words are joined by blanks");
 }
 
+void definePipe(CLI::App& app, PipeOptions& pipe)
+{
+    CLI::App* const command = app.add_subcommand(
+        "pipe", "Talk over a named pipe: serve NAME prints what clients send, send NAME [TEXT...] prints the replies");
+    command->add_option("ACTION", pipe.action)->required()->check(CLI::IsMember({"serve", "send"}));
+    command->add_option("NAME", pipe.name, "the name of the pipe")->required();
+    command->add_option("TEXT", pipe.words, "send: the line to send, words joined by blanks; none: standard input");
+    command->add_flag("--echo", pipe.echo, "serve: send everything back as well");
+    command->add_option("--replies", pipe.replyLines, "send: wait for so many lines of reply, however long it takes")
+        ->check(CLI::NonNegativeNumber);
+    command->add_option("--wait", pipe.waitMs, "send: without --replies, end after a pause of so many milliseconds")
+        ->check(CLI::NonNegativeNumber)
+        ->capture_default_str();
+}
+
 void defineReport(CLI::App& app, ReportOptions& report)
 {
     CLI::App* const command = app.add_subcommand("report", "Print the machine: system, processor, memory, displays");
@@ -135,6 +152,31 @@ void defineSession(CLI::App& app, SessionLog& session)
     app.add_option("--log-keep", session.filesToKeep)->check(CLI::Range(0, 128));
 }
 
+/// What follows the first word that is no option of the tool is the program and its arguments, whatever it looks like.
+CLI::App* defineProgram(CLI::App& app, const char* name, const std::string& description, RunOptions& run)
+{
+    CLI::App* const command = app.add_subcommand(name, description);
+    command->prefix_command()->fallthrough(false);
+    command->footer("ky " + std::string(name) + " [OPTIONS] [--] PROGRAM [ARGUMENTS...]");
+    command->parse_complete_callback([command, &run] { run.command = command->remaining(); });
+    return command;
+}
+
+void defineRun(CLI::App& app, RunOptions& run, SessionLog& session)
+{
+    CLI::App* const command = defineProgram(
+        app, "run", "Run a program; its output and exit code are passed on, its lines kept with --log", run);
+    command->add_option("--timeout", run.timeoutMs,
+                        "milliseconds after which it is ended, with all that it has started (exit code 124)");
+    command->add_option("--dir", run.folder, "the folder to start it in");
+    command->add_option("--env", run.variables, "NAME=VALUE in addition to the present environment; may be repeated")
+        ->allow_extra_args(false)
+        ->check([](const std::string& text)
+                { return text.find('=', 1) == std::string::npos ? "NAME=VALUE expected" : std::string(); });
+    defineSession(*command, session);
+    defineProgram(app, "detach", "Start a program that goes on by itself", run);
+}
+
 /// Number of arguments that an action of `ky ini` takes.
 std::size_t argumentCount(const std::string& action)
 {
@@ -143,40 +185,74 @@ std::size_t argumentCount(const std::string& action)
     return action == "set" ? 2 : 1;
 }
 
-ExitCode wrongUsage(const std::string& reason)
+/// What the parser cannot see is wrong; empty if nothing.
+std::string mistake(const CLI::App& app, const Options& options)
 {
-    std::cerr << "ky: " << reason << "\nRun with --help for more information.\n";
-    return WrongUsage;
+    if (app.got_subcommand("ini") && options.ini.arguments.size() != argumentCount(options.ini.action))
+        return "ini " + options.ini.action + " takes " + std::to_string(argumentCount(options.ini.action)) +
+               " argument(s)";
+    if (app.got_subcommand("log") && options.log.words.empty() != options.log.readInput)
+        return "log takes either a MESSAGE or --stdin";
+    if (app.got_subcommand("csv") && !options.csv.rewrite.file.empty())
+        return rewriteMistake(options.csv);
+    if (app.got_subcommand("pipe") && options.pipe.action == "serve" && !options.pipe.words.empty())
+        return "pipe serve takes no TEXT";
+    if ((app.got_subcommand("run") || app.got_subcommand("detach")) && options.run.command.empty())
+        return "there is no PROGRAM to start";
+    return {};
+}
+
+ExitCode runCommand(const std::string& name, const Options& options)
+{
+    if (name == "clear")
+        return runClear(options.clear);
+    if (name == "csv")
+        return runCsv(options.csv);
+    if (name == "detach")
+        return runDetach(options.run);
+    if (name == "find")
+        return runFind(options.find);
+    if (name == "ini")
+        return runIni(options.ini);
+    if (name == "pipe")
+        return runPipe(options.pipe);
+    if (name == "report")
+        return runReport(options.report);
+    if (name == "run")
+        return runRun(options.run);
+    if (name == "sort")
+        return runSort(options.sort);
+    return runLog(options.log);
 }
 
 ExitCode run(const CLI::App& app, const Options& options)
 {
-    if (app.got_subcommand("ini") && options.ini.arguments.size() != argumentCount(options.ini.action))
-        return wrongUsage("ini " + options.ini.action + " takes " + std::to_string(argumentCount(options.ini.action)) +
-                          " argument(s)");
-    if (app.got_subcommand("log") && options.log.words.empty() != options.log.readInput)
-        return wrongUsage("log takes either a MESSAGE or --stdin");
-    if (app.got_subcommand("csv") && !options.csv.rewrite.file.empty() && !rewriteMistake(options.csv).empty())
-        return wrongUsage(rewriteMistake(options.csv));
+    if (const std::string reason = mistake(app, options); !reason.empty())
+    {
+        std::cerr << "ky: " << reason << "\nRun with --help for more information.\n";
+        return WrongUsage;
+    }
+    const std::string command = app.get_subcommands().front()->get_name();
     // Clearing cannot be asked to stop: it is interrupted as any program.
-    if (!app.got_subcommand("clear"))
+    if (command != "clear")
         watchInterrupt();
     Session session;
     if (!session.startLog(options.session))
         return Failed;
-    if (app.got_subcommand("clear"))
-        return runClear(options.clear);
-    if (app.got_subcommand("csv"))
-        return runCsv(options.csv);
-    if (app.got_subcommand("find"))
-        return runFind(options.find);
-    if (app.got_subcommand("ini"))
-        return runIni(options.ini);
-    if (app.got_subcommand("report"))
-        return runReport(options.report);
-    if (app.got_subcommand("sort"))
-        return runSort(options.sort);
-    return runLog(options.log);
+    return runCommand(command, options);
+}
+
+/// Takes out the "--" in front of a program to start: behind it, the parser would look for arguments of the tool. Every
+/// option of these commands has a value.
+void dropMark(std::vector<std::string>& arguments)
+{
+    if (arguments.empty() || (arguments.front() != "run" && arguments.front() != "detach"))
+        return;
+    std::size_t at = 1;
+    while (at < arguments.size() && arguments[at].rfind("--", 0) == 0 && arguments[at] != "--")
+        at += arguments[at].find('=') == std::string::npos ? 2U : 1U;
+    if (at < arguments.size() && arguments[at] == "--")
+        arguments.erase(arguments.begin() + static_cast<std::ptrdiff_t>(at));
 }
 
 ExitCode runTool(std::vector<std::string> arguments)
@@ -192,10 +268,13 @@ ExitCode runTool(std::vector<std::string> arguments)
     defineFind(app, options.find);
     defineIni(app, options.ini);
     defineLog(app, options.log);
+    definePipe(app, options.pipe);
     defineReport(app, options.report);
     defineSort(app, options.sort);
+    defineRun(app, options.run, options.session);
     try
     {
+        dropMark(arguments);
         std::reverse(arguments.begin(), arguments.end());
         app.parse(arguments);
     }

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "support/child_process.h"
+
+#include <ky/kyLockFile.h>
+
+#include <cstdlib>
+#include <string>
+
+namespace ky::test
+{
+
+/// Path of the helper program, to be resolved.
+inline std::string childProgram() { return binFolder() + "/ky_child"; }
+
+/// More than enough for what ends by itself, and the time-out where nothing is to time out.
+inline constexpr unsigned int amplyMs = 120000;
+
+inline bool isSoak() { return std::getenv("KY_SOAK") != nullptr; }
+
+/// Whether a process holds the lock file: it lives.
+inline bool isHeld(const std::string& lockPath)
+{
+    kyLockFile lock;
+    bool existed = false;
+    return !lock.takeLockUtf8(lockPath, &existed) && existed;
+}
+
+} // namespace ky::test

@@ -1,0 +1,167 @@
+// SPDX-License-Identifier: MIT
+#include "ky/commands.h"
+
+#include "ky/progress.h"
+
+#include <ky/kyLog.h>
+#include <ky/kyProcess.h>
+
+#include <chrono>
+#include <cstdio>
+
+namespace ky::tool
+{
+
+namespace
+{
+
+using Clock = std::chrono::steady_clock;
+
+// What scripts know from other tools that run programs.
+constexpr auto timedOut = static_cast<ExitCode>(124);
+constexpr auto notStarted = static_cast<ExitCode>(127);
+
+constexpr unsigned int lookMs = 100;
+constexpr unsigned int graceMs = 3000; ///< for a program that was asked to end
+
+/// Passes one stream on, and with a log file its lines into that.
+class Channel
+{
+public:
+    Channel(std::FILE* stream, const char* qualifier, bool logs) : mStream(stream), mQualifier(qualifier), mLogs(logs)
+    {
+    }
+
+    void pass(std::string_view bytes)
+    {
+        std::fwrite(bytes.data(), 1, bytes.size(), mStream);
+        std::fflush(mStream);
+        if (!mLogs)
+            return;
+        for (std::size_t end = bytes.find('\n'); end != std::string_view::npos; end = bytes.find('\n'))
+        {
+            mLine.append(bytes.substr(0, end));
+            writeLine();
+            bytes.remove_prefix(end + 1);
+        }
+        mLine.append(bytes);
+    }
+
+    /// A last line without an end.
+    void finish()
+    {
+        if (!mLine.empty())
+            writeLine();
+    }
+
+private:
+    void writeLine()
+    {
+        if (!mLine.empty() && mLine.back() == '\r')
+            mLine.pop_back();
+        kyLog::edit().Write(mLine, kyLogType::INFO, mQualifier);
+        mLine.clear();
+    }
+
+    std::FILE* mStream;
+    std::string mQualifier;
+    bool mLogs;
+    std::string mLine;
+};
+
+/// A path starts at the current folder, where ".exe" may be left out; a name is looked up by the system.
+bool isPath(const std::string& program) { return program.find_first_of("/\\") != std::string::npos; }
+
+std::vector<std::string> argumentsOf(const std::vector<std::string>& command)
+{
+    return std::vector<std::string>(command.begin() + 1, command.end());
+}
+
+std::vector<std::string> environmentOf(const RunOptions& options)
+{
+    std::vector<std::string> environment;
+    if (options.variables.empty())
+        return environment;
+    for (const std::string& entry : kyProcess::CurrentEnvironmentUtf8())
+    {
+        const std::string_view name = std::string_view(entry).substr(0, entry.find('=') + 1);
+        bool isReplaced = false;
+        for (const std::string& variable : options.variables)
+            isReplaced = isReplaced || variable.rfind(name, 0) == 0;
+        if (!isReplaced)
+            environment.push_back(entry);
+    }
+    environment.insert(environment.end(), options.variables.begin(), options.variables.end());
+    return environment;
+}
+
+/// Ends the program, politely when there is time for that.
+void end(kyProcess& process, bool politely)
+{
+    if (politely)
+        process.terminateProcess();
+    if (!politely || !process.waitForFinished(graceMs))
+    {
+        process.killProcess();
+        process.killProcessTree();
+    }
+    process.waitForFinished(graceMs);
+}
+
+ExitCode waitFor(kyProcess& process, const RunOptions& options)
+{
+    const std::string& program = options.command.front();
+    const auto progress = makeProgress(); // only asked whether to stop
+    const Clock::time_point begin = Clock::now();
+    while (!process.waitForFinished(lookMs))
+    {
+        if (progress->shouldCancel())
+        {
+            end(process, true);
+            return cancelled(program);
+        }
+        if (options.timeoutMs != 0 && Clock::now() - begin >= std::chrono::milliseconds(options.timeoutMs))
+        {
+            end(process, false);
+            fail(program, "not finished within " + std::to_string(options.timeoutMs) + " ms");
+            return timedOut;
+        }
+    }
+    return static_cast<ExitCode>(process.exitCode());
+}
+
+} // namespace
+
+ExitCode runRun(const RunOptions& options)
+{
+    const std::string& program = options.command.front();
+    const bool logs = !kyLog::get().getCurrentLogFileNameUtf8().empty();
+    Channel channels[] = {{stdout, "out", logs}, {stderr, "err", logs}};
+    kyProcess process;
+    process.setWorkingDirectory(options.folder);
+    process.setProcessEnvironmentUtf8(environmentOf(options));
+    process.inheritInput();
+    process.setOwnTree(options.timeoutMs != 0);
+    process.setOutputHandler([&](kyProcess::OutputChannel channel, std::string_view bytes)
+                             { channels[channel].pass(bytes); });
+    if (!process.startProcess(program, argumentsOf(options.command), isPath(program), kyProcess::Inherit))
+    {
+        fail(program, "cannot be started");
+        return notStarted;
+    }
+    const ExitCode result = waitFor(process, options);
+    for (Channel& channel : channels)
+        channel.finish();
+    return result;
+}
+
+ExitCode runDetach(const RunOptions& options)
+{
+    const std::string& program = options.command.front();
+    if (kyProcess::StartDetachedUtf8(program, argumentsOf(options.command), options.folder, isPath(program)))
+        return Done;
+    fail(program, "cannot be started");
+    return notStarted;
+}
+
+} // namespace ky::tool
