@@ -116,8 +116,11 @@ public:
     bool setMaxWriteBufferSize(std::size_t size);
     /// @}
 
+    /// The limit in force, in bytes.
+    /// @{
     [[nodiscard]] std::size_t getMaxReadBufferSize() const;
     [[nodiscard]] std::size_t getMaxWriteBufferSize() const;
+    /// @}
 
     /// Moves bytes between the buffers and the system as far as that goes without waiting.
     ///

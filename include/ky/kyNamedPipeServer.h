@@ -48,6 +48,7 @@ public:
     /// are not affected.
     void closeNamedPipeServer();
 
+    /// Whether it listens: false after a failure of the system, too.
     [[nodiscard]] bool isListening() const;
 
     /// UTF-8, empty when not listening.
@@ -56,12 +57,14 @@ public:
     /// How many connections processPipeServerEvents() lets pend; 8 by default. Those above it remain connected to the
     /// places that the server keeps, and further clients wait.
     void setMaxPendingConnections(int count);
+    /// The limit in force.
     [[nodiscard]] int getMaxPendingConnections() const;
 
     /// Whether listenUtf8() fails when somebody else listens on the name already, and keeps others from listening on it
     /// later. Off by default. On Linux that is always so.
     void setExclusiveName(bool isExclusive);
 
+    /// Whether getNextPendingConnection() has one to give.
     [[nodiscard]] bool hasPendingConnections() const;
 
     /// The connection that has been pending longest, removed from the server; null when there is none. The caller owns

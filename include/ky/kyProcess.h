@@ -51,11 +51,12 @@ struct ProcessRecord;
 class KY_API kyProcess
 {
 public:
+    /// What has become of the process.
     enum ProcessState : int
     {
-        NotRunning = 0,
-        Running = 1,
-        Finished = 2
+        NotRunning = 0, ///< never started, or reset
+        Running = 1,    ///< started, and not seen to have ended
+        Finished = 2    ///< a query has seen the end
     };
 
     /// Other values count as Inherit.
@@ -67,10 +68,11 @@ public:
         Inherit = 3 ///< that of the caller
     };
 
+    /// Where the child has written to.
     enum OutputChannel : int
     {
-        StandardOutput = 0,
-        StandardError = 1
+        StandardOutput = 0, ///< its standard output
+        StandardError = 1   ///< its standard error
     };
 
     /// Receives what the child writes, in pieces of any size. The bytes are valid during the call.
@@ -106,6 +108,7 @@ public:
     /// \return whether the process is no longer running; false at once for an object that describes the caller
     bool waitForFinished(unsigned int timeoutMs);
 
+    /// Looks at the process.
     [[nodiscard]] ProcessState getState() const;
 
     /// Exit code of the last process; 0 before there is one. Linux: 128 + N after signal N, 65535 after killProcess();
@@ -137,6 +140,7 @@ public:
     /// The folder that later processes start in. Empty: the caller's. \return false while a process is running; nothing
     /// changes then
     bool setWorkingDirectory(const std::string& folder);
+    /// As set; empty for the caller's.
     [[nodiscard]] std::string getWorkingDirectoryUtf8() const;
 
     /// As given to the last startProcess().
