@@ -132,6 +132,13 @@ def check_native_pairs():
                 yield f"{relative(linux)}: shares {share:.0%} of its lines with the other platform's file"
 
 
+def report(breaches):
+    for breach in breaches:
+        print(breach)
+    print(f"{len(breaches)} breach(es)")
+    return 1 if breaches else 0
+
+
 def main():
     breaches = list(check_native_pairs())
     for path in code_files():
@@ -144,10 +151,7 @@ def main():
             breaches += check_public_header(name, lines)
         if name.startswith("src/"):
             breaches += check_direction(name, lines)
-    for breach in breaches:
-        print(breach)
-    print(f"{len(breaches)} breach(es)")
-    return 1 if breaches else 0
+    return report(breaches)
 
 
 if __name__ == "__main__":

@@ -17,9 +17,10 @@ With --write the excerpts are put into the pages.
 import re
 import sys
 import textwrap
-from pathlib import Path
 
-ROOT = Path(__file__).resolve().parent.parent
+sys.dont_write_bytecode = True  # nothing is left in the tree
+from check_layout import ROOT, relative, report
+
 MARK = re.compile(r"^<!-- example: ([\w/]+) -->$")
 FENCE = re.compile(r"^\s*```(\w*)$")
 REGION = re.compile(r"^\s*// \[(\w+)\]$")
@@ -32,10 +33,6 @@ PLACEHOLDERS = {"include/ky/kyName.h"}
 
 def pages():
     return sorted(p for folder in (ROOT, ROOT / "docs") for p in folder.glob("*.md"))
-
-
-def relative(path):
-    return path.relative_to(ROOT).as_posix()
 
 
 def regions(path):
@@ -162,10 +159,7 @@ def main():
         breaches += check_text(page, lines)
     breaches += check_index()
     breaches += [f"docs/examples: region {key} stands in no page" for key in sorted(programs.unused)]
-    for breach in breaches:
-        print(breach)
-    print(f"{len(breaches)} breach(es)")
-    return 1 if breaches else 0
+    return report(breaches)
 
 
 if __name__ == "__main__":

@@ -112,6 +112,7 @@ public:
 
     /// \name The whole table
     /// @{
+
     /// How rows and columns are set apart; Underlined at first.
     AsciiTableBuilder& setStyle(Style style);
 
@@ -178,6 +179,7 @@ public:
     /// \name Output
     /// An unfinished row is not shown. A table without columns gives an empty text.
     /// @{
+
     /// The lines of the table.
     [[nodiscard]] std::string toString() const;
     /// Appends the lines to a text.
