@@ -56,7 +56,7 @@ int main(int argc, char* argv[])
     std::string error;
     expect(run(self, "well", error) == 0 && error.empty(), "a program that succeeds");
     expect(run(self, "fail", error) == 4 && error == "process return an error", "a program that fails");
-    expect(run(self + "-missing", "well", error) == -1 && error == "Fail to start process",
+    expect(run(self + "-missing.exe", "well", error) == -1 && error == "Fail to start process",
            "a program that is not there");
 
     expect(watch(self) == 0 && looks > 0, "the program is watched");
