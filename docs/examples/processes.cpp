@@ -15,7 +15,7 @@ namespace
 int beChild(const std::string& mode)
 {
     std::cout << "3 rows" << std::endl;
-    while (mode == "patient" && !ky::kyDirUtils::FileExistsUtf8("seen"))
+    for (int i = 0; i < 10000 && mode == "patient" && !ky::kyDirUtils::FileExistsUtf8("seen"); ++i)
         ky::kyThread::msleep(5);
     return mode == "fail" ? 4 : 0;
 }
@@ -31,7 +31,7 @@ int run(const std::string& program, const std::string& mode, std::string& error)
 
 std::string output;
 
-void showThatItRuns(std::uint64_t) { ++looks; }
+void showThatItRuns(std::uint64_t) { std::ofstream("seen") << "yes"; }
 
 int watch(const std::string& program)
 {
