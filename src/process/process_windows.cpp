@@ -35,8 +35,9 @@ bool hasEnded(Process& process, int& exitCode) noexcept
     DWORD code = 0;
     if (!GetExitCodeProcess(asHandle(process.handle), &code))
         return false;
-    // A process may end with this very code.
-    if (code == STILL_ACTIVE && WaitForSingleObject(asHandle(process.handle), 0) != WAIT_OBJECT_0)
+    // A process may end with this very code, or between the two calls with another one.
+    if (code == STILL_ACTIVE && (WaitForSingleObject(asHandle(process.handle), 0) != WAIT_OBJECT_0 ||
+                                 !GetExitCodeProcess(asHandle(process.handle), &code)))
         return false;
     exitCode = static_cast<int>(code);
     return true;
