@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The buffers of a pipe and the order in which its operations are completed and issued.
+#include "platform/compiler.h"
 #include "process/byte_ring.h"
 #include "process/pipe_name.h"
 #include "process/pipe_native.h"
@@ -30,7 +31,7 @@ struct DestroyEndpoint
 
 } // namespace
 
-struct kyNamedPipe::Private
+struct KY_HIDDEN kyNamedPipe::Private
 {
     std::unique_ptr<PipeEndpoint, DestroyEndpoint> endpoint{impl::native::createPipeEndpoint()};
     std::string name;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "platform/compiler.h"
 #include "process/pipe_name.h"
 #include "process/pipe_server_native.h"
 
@@ -23,7 +24,7 @@ constexpr int defaultPendingLimit = 8;
 
 } // namespace
 
-struct kyNamedPipeServer::Private
+struct KY_HIDDEN kyNamedPipeServer::Private
 {
     PipeListener* listener = nullptr;
     std::vector<PipeInstance*> waiting;
