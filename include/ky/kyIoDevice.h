@@ -108,7 +108,8 @@ public:
     /// Attaches the device to forward to. True on success.
     virtual bool beginDelegation(kyIoDevice* device) = 0;
 
-    /// Passes on what is still held, then detaches the target. True when no error has occurred.
+    /// Passes on what is still held, then detaches the target. True when this device has not failed; whether an error
+    /// of the target counts as well is the implementation's: ask hasError() before.
     virtual bool endDelegation() = 0;
 
     /// Detaches the target at once. What is still held is not passed on.

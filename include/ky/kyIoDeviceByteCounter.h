@@ -47,7 +47,8 @@ public:
     /// Starts all counts at 0. Always true; null makes a sink.
     bool beginDelegation(kyIoDevice* device) override;
 
-    /// The counts stay.
+    /// The counts stay. True unless this device itself has failed: an error of the target is seen by hasError(),
+    /// which has to be asked before.
     bool endDelegation() override;
     void clearDelegation() override;
 

@@ -37,7 +37,7 @@ public:
     /// Fewer than `size` at the end, which is no error.
     std::size_t readBytes(char* data, std::size_t size) override;
 
-    /// `size`; 0 with the error set when memory runs out.
+    /// `size`; 0 with the error set when memory runs out. `data` must not lie in this device.
     std::size_t writeBytes(const char* data, std::size_t size) override;
 
     /// Whether memory has run out.

@@ -29,7 +29,8 @@ public:
     /// Whether the input is bad, or the output bad or failed.
     [[nodiscard]] bool hasError() const override;
 
-    /// Whether a read has met the end of the input. False without an input.
+    /// Whether a read has met the end of the input. False without an input. A position that the input
+    /// refuses still gives true: the next read returns 0.
     [[nodiscard]] bool atEnd() const override;
 
     /// Drops earlier failures of the input first. False without an input.

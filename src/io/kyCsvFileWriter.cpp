@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
+#include "io/device_message.h"
 #include "io/file_output_stream.h"
 
 #include <ky/kyCsvFileWriter.h>
 #include <ky/kyDirUtils.h>
 #include <ky/kyIoDeviceStdStreamProxy.h>
-#include <ky/kyLog.h>
 
 #include <algorithm>
 #include <string_view>
@@ -74,7 +74,7 @@ void kyCsvFileWriter::openNextFile()
     if (mFile == nullptr)
     {
         mComplete = false;
-        logCritical() << "Fail to open csv file " << path;
+        impl::reportDevice("Fail to open csv file " + path);
         mStream->setDevice(nullptr);
         return;
     }

@@ -49,8 +49,9 @@ void kyMathUtils::Format3Digit(float value, float& scaled, char& prefix)
 
 const char* kyMathUtils::FormatIntegerSeparator(unsigned long value)
 {
-    static const std::string separator = currentThousandsSeparator();
-    static std::string text;
+    // Never destroyed: static destructors of programs may still call this, or use the text.
+    static const std::string& separator = *new std::string(currentThousandsSeparator());
+    static std::string& text = *new std::string;
     text.reserve(mostDigits + mostDigits / 3 * separator.size()); // the buffer is never exchanged again
     char digits[mostDigits];
     const char* const end = std::to_chars(digits, digits + mostDigits, static_cast<std::uint32_t>(value)).ptr;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "device_support.h"
 
+#include <ky/kyCsvFileWriter.h>
 #include <ky/kyIoDeviceBroadcast.h>
 #include <ky/kyIoDeviceByteCounter.h>
 #include <ky/kyIoDeviceMemory.h>
@@ -133,6 +134,8 @@ TEST(Device, IsSilentWithoutALogger)
     ky::kyIoDeviceBroadcast broadcast({});
     testing::internal::CaptureStdout();
     EXPECT_FALSE(broadcast.atEnd());
+    ky::kyCsvFileWriter unwritable("no such folder/below", "table", 1, ',', '"', "\n", false);
+    EXPECT_FALSE((unwritable.getStream() << 1).isOk());
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
