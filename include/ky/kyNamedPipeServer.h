@@ -60,8 +60,8 @@ public:
     /// The limit in force.
     [[nodiscard]] int getMaxPendingConnections() const;
 
-    /// Whether listenUtf8() fails when somebody else listens on the name already, and keeps others from listening on it
-    /// later. Off by default. On Linux that is always so.
+    /// Whether listenUtf8() fails when somebody else listens on the name already. Off by default. On Linux that is
+    /// always so.
     void setExclusiveName(bool isExclusive);
 
     /// Whether getNextPendingConnection() has one to give.

@@ -113,7 +113,8 @@ public:
 
     /// Exit code of the last process; 0 before there is one. Linux: 128 + N after signal N, 65535 after killProcess();
     /// -1 when the system does not tell it: of a process that is no child of the caller, and of a child that somebody
-    /// else has waited for (before Linux 6.15 also while the application ignores SIGCHLD).
+    /// else has waited for. While the application ignores SIGCHLD, the kernel does so: the code is then lost for a
+    /// program that ends at once, and before Linux 6.15 for all.
     [[nodiscard]] int exitCode() const;
 
     /// Always false: no operation finds that a process has crashed.
@@ -241,8 +242,9 @@ public:
     /// ended through it. Program, arguments and working folder are filled.
     static bool GetCurrentProcess(kyProcess& process);
 
-    /// The same for the process that started the caller, with a handle; its arguments stay empty. False when it is gone
-    /// or may not be looked at.
+    /// The same for the process that started the caller, with a handle; its arguments stay empty. It can be ended
+    /// through the object on Linux; on Windows the handle lacks the right. False when it is gone or may not be looked
+    /// at.
     static bool GetParentProcess(kyProcess& process);
 
     /// The environment of the caller as "name=value", to add to for setProcessEnvironmentUtf8().

@@ -2,6 +2,7 @@
 #include "process/abandoned_linux.h"
 
 #include "platform/posix_retry.h"
+#include "process/process_linux.h"
 
 #include <atomic>
 #include <new>
@@ -55,6 +56,8 @@ Collected collect(const Process& process, int flags, int& status) noexcept
 
 void abandon(const Process& process) noexcept
 {
+    if (process.handle == alreadyGone)
+        return;
     int status = 0;
     if (collect(process, 0, status) == Collected::StillRuns)
     {

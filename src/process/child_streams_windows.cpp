@@ -83,9 +83,12 @@ OwnedStreams openStreams(InputKind input, bool readOutput, ErrorCode& error)
             end = openPipe(streams->pipes[stream], isInput);
         else
             end = isInput && input == InputKind::Caller ? ownInput() : openNowhere();
-        error = end == INVALID_HANDLE_VALUE ? static_cast<ErrorCode>(GetLastError()) : 0;
-        if (error != 0)
+        if (end == INVALID_HANDLE_VALUE)
+        {
+            const DWORD code = GetLastError();
+            error = static_cast<ErrorCode>(code != 0 ? code : ERROR_NOT_ENOUGH_MEMORY);
             return nullptr;
+        }
     }
     return streams;
 }
@@ -152,10 +155,13 @@ void waitForStreams(ChildStreams& streams, const Process& process, unsigned int 
 {
     HANDLE handles[4] = {asHandle(process.handle)};
     DWORD count = 1;
-    for (const OverlappedPipe& pipe : streams.pipes)
+    for (std::size_t stream = 0; stream < streams.pipes.size(); ++stream)
     {
+        const OverlappedPipe& pipe = streams.pipes[stream];
         if (pipe.isPending)
             handles[count++] = pipe.overlapped.hEvent;
+        else if (stream != inputStream && pipe.handle != INVALID_HANDLE_VALUE)
+            return; // there may be more to read: nothing is under way that could tell
     }
     if (WaitForMultipleObjects(count, handles, FALSE, limitMs) == WAIT_FAILED)
         Sleep(limitMs);

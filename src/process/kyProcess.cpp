@@ -62,6 +62,8 @@ kyProcess::kyProcess() : mRecord(new impl::ProcessRecord) {}
 
 kyProcess::~kyProcess()
 {
+    // What the handler refers to may be gone already.
+    mRecord->pump.reset();
     impl::refresh(*mRecord);
     impl::clear(*mRecord);
     delete mRecord;

@@ -3,6 +3,7 @@
 // asked about.
 #include "process/pipe_native.h"
 
+#include "platform/clock_native.h"
 #include "platform/posix_retry.h"
 #include "process/parent_descriptor_linux.h"
 #include "process/pipe_socket_linux.h"
@@ -36,14 +37,27 @@ constexpr std::size_t usualCapacity = 256 * 1024;
 
 bool isNotNow(int code) { return code == EAGAIN || code == EWOULDBLOCK; }
 
+/// Connects within so many milliseconds, however often a signal interrupts; 0 or an error code.
+int connectWithin(int socket, const sockaddr_un& address, int waitMs)
+{
+    const std::int64_t end = ticksSinceStartMs() + waitMs;
+    for (std::int64_t rest = waitMs; rest > 0 || waitMs == 0; rest = end - ticksSinceStartMs())
+    {
+        const timeval limit = {static_cast<time_t>(rest / 1000), static_cast<suseconds_t>(rest % 1000 * 1000)};
+        if (::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit) != 0)
+            return errno;
+        if (::connect(socket, generic(address), sizeof address) == 0)
+            return 0;
+        if (errno != EINTR)
+            return errno;
+    }
+    return EAGAIN;
+}
+
 /// 0 or an error code.
 int connectSocket(int socket, const sockaddr_un& address, int waitMs)
 {
-    const timeval limit = {waitMs / 1000, waitMs % 1000 * 1000};
-    if (::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit) != 0)
-        return errno;
-    const bool isConnected = retryInterrupted([&] { return ::connect(socket, generic(address), sizeof address); }) == 0;
-    const int code = isConnected ? 0 : errno;
+    const int code = connectWithin(socket, address, waitMs);
     if (code == 0 && ::fcntl(socket, F_SETFL, O_NONBLOCK) != 0)
         return errno;
     return code;

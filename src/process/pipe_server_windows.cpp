@@ -59,13 +59,11 @@ bool awaitClient(const PipeListener& listener, PipeInstance& instance)
     return code == ERROR_SUCCESS || instance.alreadyConnected || instance.isPending;
 }
 
-/// The event that ends the wait may be that of another instance.
+/// The event is shared with other instances, so that only the operation itself tells when the system has let go of it.
 void cancel(PipeInstance& instance) noexcept
 {
     CancelIoEx(instance.pipe, &instance.overlapped);
-    DWORD size = 0;
-    while (!GetOverlappedResult(instance.pipe, &instance.overlapped, &size, TRUE) &&
-           GetLastError() == ERROR_IO_INCOMPLETE)
+    while (!HasOverlappedIoCompleted(&instance.overlapped))
         SwitchToThread();
 }
 

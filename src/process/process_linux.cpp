@@ -52,7 +52,7 @@ void sendSignal(const Process& process, int signal) noexcept
 {
     if (process.handle >= 0)
         ::syscall(SYS_pidfd_send_signal, static_cast<int>(process.handle), signal, nullptr, 0U);
-    else
+    else if (process.handle == withoutDescriptor)
         ::kill(static_cast<pid_t>(process.id), signal);
 }
 
@@ -61,7 +61,10 @@ void sendSignal(const Process& process, int signal) noexcept
 void openHandle(Process& process) noexcept
 {
     const long descriptor = ::syscall(SYS_pidfd_open, static_cast<pid_t>(process.id), 0U);
-    process.handle = descriptor >= 0 ? descriptor : withoutDescriptor;
+    if (descriptor >= 0)
+        process.handle = descriptor;
+    else
+        process.handle = errno == ESRCH ? alreadyGone : withoutDescriptor;
 }
 
 int exitCodeOf(int status, bool killed) noexcept
@@ -75,6 +78,11 @@ bool hasEnded(Process& process, int& exitCode) noexcept
 {
     // The leader of a tree keeps its place in the process table, so that the number of the group stays taken.
     int status = 0;
+    if (process.handle == alreadyGone)
+    {
+        exitCode = -1;
+        return true;
+    }
     const Collected result = collect(process, process.tree != noHandle ? WNOWAIT : 0, status);
     if (result == Collected::StillRuns)
         return false;

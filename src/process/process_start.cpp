@@ -78,6 +78,8 @@ bool describeCommand(StartOrder& order)
     if (!fitsInterpreter(order.program, order.arguments))
         return false;
     const std::string interpreter = native::commandInterpreter();
+    if (interpreter.empty())
+        return false;
     order.commandLine = interpreterCommandLine(interpreter, order.program, order.arguments);
     order.program = interpreter;
     return true;

@@ -21,12 +21,15 @@ namespace
 
 constexpr int firstOtherDescriptor = 3;
 
-std::vector<char*> pointersTo(const std::vector<std::string>& texts)
+std::vector<char*> pointersTo(const std::vector<std::string>& texts, bool keepEmpty)
 {
     std::vector<char*> pointers;
     pointers.reserve(texts.size() + 1);
     for (const std::string& text : texts)
-        pointers.push_back(const_cast<char*>(text.c_str())); // not written to
+    {
+        if (!text.empty() || keepEmpty)
+            pointers.push_back(const_cast<char*>(text.c_str())); // not written to
+    }
     pointers.push_back(nullptr);
     return pointers;
 }
@@ -111,7 +114,7 @@ private:
 void setPriority(const StartOrder& order, const Process& process)
 {
     constexpr int niceValues[] = {10, 0, -5};
-    if (order.priority != Priority::Inherit)
+    if (order.priority != Priority::Inherit && process.handle != alreadyGone)
         ::setpriority(PRIO_PROCESS, process.id, niceValues[static_cast<int>(order.priority)]);
 }
 
@@ -128,9 +131,9 @@ ErrorCode startProcess(const StartOrder& order, Process& process)
     const std::string path = findProgram(order.program);
     if (path.empty())
         return ENOENT;
-    std::vector<char*> arguments = pointersTo(order.arguments);
+    std::vector<char*> arguments = pointersTo(order.arguments, true);
     arguments.insert(arguments.begin(), const_cast<char*>(order.program.c_str()));
-    std::vector<char*> environment = pointersTo(order.environment);
+    std::vector<char*> environment = pointersTo(order.environment, false);
     char** const variables = order.environment.empty() ? environ : environment.data();
     Actions actions;
     const Attributes attributes(order);

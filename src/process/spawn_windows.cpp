@@ -120,7 +120,9 @@ bool takesCommandLine() noexcept { return true; }
 std::string commandInterpreter()
 {
     wchar_t folder[MAX_PATH] = {};
-    SHGetFolderPathW(nullptr, CSIDL_SYSTEM, nullptr, SHGFP_TYPE_CURRENT, folder);
+    // Without the folder there is none: a path from the root of the drive would be anybody's program.
+    if (SHGetFolderPathW(nullptr, CSIDL_SYSTEM, nullptr, SHGFP_TYPE_CURRENT, folder) != S_OK)
+        return {};
     return narrow(folder) + "\\cmd.exe";
 }
 

@@ -6,7 +6,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <stdexcept>
+#include <thread>
 
 #include "process/child_program.h"
 
@@ -46,6 +48,21 @@ TEST(ProcessOutput, QueriesPassItOnAsWell)
     ASSERT_TRUE(startChild(process, {"process_write", "4"}));
     EXPECT_TRUE(eventually([&] { return process.getState() == kyProcess::Finished; }));
     EXPECT_EQ(size, 8U << 20);
+}
+
+// The usual order of two locals: what the handler refers to is gone before the process object is.
+TEST(ProcessOutput, ADestructorCallsNoHandler)
+{
+    bool isLate = false;
+    bool calledLate = false;
+    {
+        kyProcess process;
+        process.setOutputHandler([&](kyProcess::OutputChannel, std::string_view) { calledLate |= isLate; });
+        ASSERT_TRUE(startChild(process, {"process_write", "1"}));
+        std::this_thread::sleep_for(std::chrono::milliseconds(200)); // there is something to read, as a rule
+        isLate = true;
+    }
+    EXPECT_FALSE(calledLate);
 }
 
 TEST(ProcessOutput, InputGoesInWhileOutputComesOut)

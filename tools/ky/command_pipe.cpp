@@ -15,6 +15,7 @@
 #include <iostream>
 #include <memory>
 #include <string_view>
+#include <thread>
 
 namespace ky::tool
 {
@@ -43,9 +44,11 @@ public:
     }
     ~Client() override
     {
-        mStop = true;
+        requestStop();
         waitThread(forEver);
     }
+
+    void requestStop() { mStop = true; }
 
     bool hasEnded() const { return mEnded; }
 
@@ -89,10 +92,14 @@ private:
     {
         while (!mStop && !mPipe->hasWriteFailed())
         {
-            bytes.remove_prefix(mPipe->writeNamedPipeData(bytes.data(), bytes.size()));
+            const std::size_t accepted = mPipe->writeNamedPipeData(bytes.data(), bytes.size());
+            bytes.remove_prefix(accepted);
             mPipe->processNamedPipeEvents(waitMs, !bytes.empty());
             if (bytes.empty())
                 break;
+            // A client that sends without reading: waiting for the pipe would be waiting for what it sends.
+            if (accepted == 0)
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
     }
 
@@ -125,6 +132,8 @@ ExitCode serve(const PipeOptions& options)
         }
         std::erase_if(clients, [](const auto& client) { return client->hasEnded(); });
     }
+    for (const auto& client : clients)
+        client->requestStop(); // all at once: each takes a while to see it
     return Done;
 }
 

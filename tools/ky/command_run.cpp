@@ -6,6 +6,7 @@
 #include <ky/kyLog.h>
 #include <ky/kyProcess.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 
@@ -101,10 +102,8 @@ void end(kyProcess& process, bool politely)
     if (politely)
         process.terminateProcess();
     if (!politely || !process.waitForFinished(graceMs))
-    {
         process.killProcess();
-        process.killProcessTree();
-    }
+    process.killProcessTree();
     process.waitForFinished(graceMs);
 }
 
@@ -113,7 +112,8 @@ ExitCode waitFor(kyProcess& process, const RunOptions& options)
     const std::string& program = options.command.front();
     const auto progress = makeProgress(); // only asked whether to stop
     const Clock::time_point begin = Clock::now();
-    while (!process.waitForFinished(lookMs))
+    const unsigned int look = options.timeoutMs != 0 ? std::min(options.timeoutMs, lookMs) : lookMs;
+    while (!process.waitForFinished(look))
     {
         if (progress->shouldCancel())
         {

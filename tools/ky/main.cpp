@@ -199,6 +199,8 @@ std::string mistake(const CLI::App& app, const Options& options)
         return "pipe serve takes no TEXT";
     if ((app.got_subcommand("run") || app.got_subcommand("detach")) && options.run.command.empty())
         return "there is no PROGRAM to start";
+    if (app.got_subcommand("detach") && options.run.command.front().rfind('-', 0) == 0)
+        return "detach takes no " + options.run.command.front();
     return {};
 }
 
