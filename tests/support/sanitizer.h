@@ -33,4 +33,7 @@ inline constexpr bool canStartThreadsAfterFork = !underThreadSanitizer;
 /// same build, takes it for a null reference.)
 inline constexpr bool canUnwindThreads = !underAddressSanitizer;
 
+/// The undefined-behaviour sanitizer, which is part of the same build, opens a pipe to look at an object.
+inline constexpr bool canRunOutOfDescriptors = !underAddressSanitizer;
+
 } // namespace ky::test
