@@ -7,7 +7,7 @@
 //   folder=/usr/share/distro-info
 //   [output]
 //   folder=demo-output   made when it is missing
-//   rowsPerFile=10000
+//   rowsPerFile=10000    with the header
 //   [log]
 //   file=demo.log
 //   maxSize=131072       bytes
@@ -157,6 +157,11 @@ void showTables(const std::vector<demo::Table>& tables, Map& summary)
         summary["table" + std::to_string(++count)] = entry;
     }
     std::cout << shown;
+    for (const demo::Table& table : tables)
+    {
+        if (!table.error.empty())
+            std::cout << table.path << ": " << table.error << '\n';
+    }
 }
 
 /// Whether the files hold what was written.
@@ -219,14 +224,19 @@ bool runSteps(const Settings& settings, const std::string& lock, const FaultWatc
 {
     describeMachine(summary);
     std::vector<demo::Table> tables = demo::findTables(settings.folders);
-    headline("Tables below " + std::to_string(settings.folders.size()) + " folders, read by all processors");
+    headline("The tables below the folders, read and typed by all processors");
+    if (tables.empty())
+    {
+        std::cout << "There is none.\n";
+        return false;
+    }
     demo::Tally written;
     bool isOk = mergeTables(settings, tables, written);
     showTables(tables, summary);
     isOk = checkMerged(settings, written, summary) && isOk;
     isOk = consultWorker(settings, tables, lock, summary) && isOk;
     isOk = surviveFault(watch, summary) && isOk;
-    return isOk && written.rows > 0;
+    return isOk;
 }
 
 int runDemo(const Settings& settings, const FaultWatch& watch)

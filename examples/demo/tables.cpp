@@ -58,7 +58,7 @@ void typeRows(Table& table, std::size_t first)
     {
         const kyCsvFileReader::Row& row = rows[first];
         while (table.columns.size() < row.size())
-            addColumn(table, first == 0 ? row[table.columns.size()].getString() : std::string());
+            addColumn(table, first == 0 ? mergedCell(row[table.columns.size()]) : std::string());
         for (std::size_t i = 0; i < row.size() && first > 0; ++i)
             typeCell(row[i].getString(), table.columns[i]);
     }
@@ -89,6 +89,18 @@ void readTable(Table& table, ky::kyProgressNotifierInterface& progress)
                             << " columns";
     else
         ky::logCritical("demo") << table.path << ": " << table.error;
+}
+
+/// The cells of a row at these places, empty ones for -1 and beyond the end of the row.
+std::vector<std::string> mergedRow(const kyCsvFileReader::Row& row, const std::vector<int>& places)
+{
+    std::vector<std::string> cells;
+    for (const int place : places)
+    {
+        const auto index = static_cast<std::size_t>(place);
+        cells.push_back(index < row.size() ? mergedCell(row[index]) : std::string());
+    }
+    return cells;
 }
 
 void writeRow(ky::kyCsvStream& csv, const std::vector<std::string>& cells)
@@ -182,13 +194,9 @@ bool writeMerged(const std::vector<Table>& tables, const std::string& folder, un
             if (filesWithHeader != writer.getFileCount())
                 writeRow(csv, columns);
             filesWithHeader = writer.getFileCount();
-            std::vector<std::string> cells(columns.size());
-            for (std::size_t column = 0; column < columns.size(); ++column)
-            {
-                const auto place = static_cast<std::size_t>(places[column]); // -1 is beyond every row
-                cells[column] = place < rows[i].size() ? mergedCell(rows[i][place]) : std::string();
-                written.addCell(cells[column]);
-            }
+            const std::vector<std::string> cells = mergedRow(rows[i], places);
+            for (const std::string& cell : cells)
+                written.addCell(cell);
             writeRow(csv, cells);
             ++written.rows;
         }
