@@ -2,9 +2,14 @@
 # SPDX-License-Identifier: MIT
 """The main job on real files: tools/demo.py [--runner PROGRAM] KY
 
-Reads tables that Debian ships, types them, writes a summary as INI, reads it back, changes a value by its path, and logs
-every step into one rotating log that several processes write at the same time.
+Runs the program ky_demo, which lies beside KY, over tables that Debian ships: it merges them, talks to a worker process
+and survives a fault; what it has written is compared with what Python reads. Then the tool types the same tables, writes
+a summary as INI, reads it back and changes a value by its path. Every step is logged into one rotating log that several
+processes write at the same time.
 """
+import collections
+import configparser
+import csv
 import re
 import shlex
 import shutil
@@ -17,10 +22,15 @@ from pathlib import Path
 RELEASES = ["/usr/share/distro-info/debian.csv", "/usr/share/distro-info/ubuntu.csv"]
 REGISTRIES = ["/usr/share/ieee-data/oui.csv", "/usr/share/ieee-data/mam.csv", "/usr/share/ieee-data/oui36.csv",
               "/usr/share/ieee-data/iab.csv"]
+FOLDERS = ["/usr/share/distro-info", "/usr/share/ieee-data"]
+ROWS_A_FILE = 10000
 WRITERS = 4
+OTHERS = 4  # ky_demo, its worker, and the two commands of the tool that log
 LINES_A_WRITER = 1500
 MAX_SIZE = "128k"
+MAX_BYTES = 128 * 1024
 KEPT = 16
+MAX_SHOWN = 120
 MARK = b"\xef\xbb\xbf"
 
 
@@ -82,9 +92,60 @@ def check_log(folder):
     for number in range(WRITERS):
         found = [int(m.group(1)) for m in (re.search(rf"writer {number} line (\d+)$", line) for line in lines) if m]
         assert found == list(range(LINES_A_WRITER)), f"lines of writer {number}"
-    print(f"\n{len(lines)} lines of {WRITERS + 3} processes in {len(files)} files: "
+    print(f"\n{len(lines)} lines of {WRITERS + OTHERS} processes in {len(files)} files: "
           f"every writer's {LINES_A_WRITER} lines are there, once and in order")
     return lines
+
+
+def rows_of(path):
+    """The rows of a table as dictionaries of the cells that are not empty, line breaks as blanks; and its columns."""
+    with open(path, encoding="utf-8-sig", newline="") as file:
+        header, *rows = csv.reader(file)
+    cells = [[re.sub("[\r\n]", " ", cell) for cell in row] for row in rows]
+    return [{name: cell for name, cell in zip(header, row) if cell} for row in cells], header
+
+
+def check_merged(folder):
+    """The split files hold every row of every table, and the worker has counted what is in them."""
+    tables = [rows_of(path) for root in FOLDERS for path in Path(root).rglob("*.csv")]
+    files = [rows_of(path) for path in folder.glob("merged*.csv")]
+    assert all(len(rows) <= ROWS_A_FILE for rows, _ in files) and len({tuple(header) for _, header in files}) == 1
+    expected, found = (collections.Counter(tuple(sorted(row.items())) for rows, _ in some for row in rows)
+                       for some in (tables, files))
+    assert expected == found, "rows of the merged table"
+
+    summary = configparser.ConfigParser(interpolation=None)
+    summary.read(folder / "demo-summary.ini", encoding="utf-8")
+    assert summary["run"]["ok"] == "true" and summary["fault"]["logged"] == "1"
+    assert int(summary["merged"]["rows"]) == found.total() and int(summary["merged"]["files"]) == len(files)
+    columns = [summary[name] for name in summary.sections() if name.startswith("column")]
+    assert sorted(column["name"] for column in columns) == sorted(files[0][1])
+    for column in columns:
+        cells = [row.get(column["name"], "") for rows, header in tables for row in rows if column["name"] in header]
+        assert int(column["cells"]) == len(cells) and int(column["different"]) == len(set(cells)), column["name"]
+    print(f"\nPython finds the same {found.total()} rows in the tables and in the {len(files)} files, and the same "
+          f"{len(columns)} columns as the worker")
+
+
+def run_program(ky, folder, log):
+    program = Path(ky.program).with_name("ky_demo").with_suffix(Path(ky.program).suffix)
+    settings = folder / "demo.ini"
+    inputs = "\n".join(f"folder{i}={ky.path(root)}" for i, root in enumerate(FOLDERS) if Path(root).exists())
+    settings.write_text(f"[input]\n{inputs}\n[output]\nfolder={ky.path(folder)}\nrowsPerFile={ROWS_A_FILE}\n"
+                        f"[log]\nfile={log}\nmaxSize={MAX_BYTES}\nkeep={KEPT}\n", encoding="utf-8")
+    print(f"\n$ ky_demo {settings.name}", flush=True)
+    done = subprocess.run([*ky.runner, program, ky.path(settings)], check=False)
+    if done.returncode != 0:
+        sys.exit(f"failed with exit code {done.returncode}")
+
+
+def check_program_log(lines):
+    """Parent and worker have logged, and the fault stands there once, with its stack."""
+    text = "\n".join(lines)
+    for qualifier in ("demo", "worker"):
+        assert f"INFO({qualifier}) : " in text, f"lines of {qualifier}"
+    assert text.count("EXCEPTION_ACCESS_VIOLATION") == 1
+    assert re.search(r"EXCEPTION_ACCESS_VIOLATION.*\s+#0 @0x", text), "stack of the fault"
 
 
 def main():
@@ -98,6 +159,7 @@ def main():
     print(f"{WRITERS} processes begin to write {LINES_A_WRITER} lines each into one rotating log")
     writers = start_writers(ky, log)
 
+    run_program(ky, folder, log)
     tables = [ky.path(p) for p in RELEASES + REGISTRIES if Path(p).exists()]
     print(ky.run("csv", *tables, "--rows", "3", "--ini", summary, *session), end="")
     entries = ky.run("ini", summary, "list", *session).splitlines()
@@ -109,11 +171,16 @@ def main():
 
     for writer in writers:
         assert writer.wait() == 0
+    check_merged(folder)
     lines = check_log(folder)
+    check_program_log(lines)
     print("\nThe log's tail:")
     print("\n".join(lines[-5:]))
-    print("\nThe tool's own steps in the same log:")
-    print("\n".join(line for line in lines if not re.search(r"\(writer\d\)", line)))
+    print("\nThe program's and the tool's own steps in the same log:")
+    for line in lines:
+        if not re.search(r"\(writer\d\)", line):
+            for part in line.split("\n")[:3]: # of a stack the top
+                print(part if len(part) <= MAX_SHOWN else part[:MAX_SHOWN - 3] + "...")
     print(f"\nThe summary ({summary}):")
     print("\n".join((folder / "summary.ini").read_text(encoding="utf-8").splitlines()[:16]), "...", sep="\n")
     return 0
