@@ -4,7 +4,8 @@
 
 A benchmark is named WORKLOAD/CASE/CONTESTANT. The contestant "ky" is this library, names that begin with "floor" are
 what no implementation can avoid, all others are peers. Each figure is the median of the repetitions of one run. Rows
-that bench/targets.json names have a target: at most so many times the best peer's time, or the floor's.
+that bench/targets.json names have a target: at most so many times the time of the best peer, of the floor, or of the
+contestant that is named there.
 
 --out FOLDER also writes results.json, performance.md and performance.svg there; --from JSON takes the figures of an
 earlier run instead of measuring.
@@ -14,21 +15,27 @@ import math
 import os
 import subprocess
 import sys
+import tempfile
 from collections import defaultdict
 from pathlib import Path
 
 REPETITIONS = 5
+NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 TARGETS = Path(__file__).resolve().parent.parent / "bench" / "targets.json"
 
 
 def run(program):
-    command = [str(program), "--benchmark_format=json", f"--benchmark_repetitions={REPETITIONS}",
-               "--benchmark_enable_random_interleaving=true", "--benchmark_min_time=0.15"]
-    done = subprocess.run(command, capture_output=True, text=True, check=False)
-    if done.returncode != 0:
-        print(f"{program.name} failed:\n{done.stderr[-2000:]}", file=sys.stderr)
-        return []
-    return json.loads(done.stdout)["benchmarks"]
+    # Into a file: what a benchmark logs goes to the standard output.
+    with tempfile.TemporaryDirectory() as folder:
+        report = Path(folder) / "report.json"
+        command = [str(program), f"--benchmark_out={report}", "--benchmark_out_format=json",
+                   f"--benchmark_repetitions={REPETITIONS}", "--benchmark_enable_random_interleaving=true",
+                   "--benchmark_min_time=0.15"]
+        done = subprocess.run(command, capture_output=True, text=True, errors="replace", check=False)
+        if done.returncode != 0:
+            print(f"{program.name} failed:\n{done.stderr[-2000:]}", file=sys.stderr)
+            return []
+        return json.loads(report.read_text(encoding="utf-8"))["benchmarks"]
 
 
 def collect(programs):
@@ -42,7 +49,8 @@ def collect(programs):
                                                                                   "manual_time", "iterations:"))]
             row, contestant = "/".join(parts[:2]), "/".join(parts[2:]) or "ky"
             # Several names may stand for work done N items at a time; time an item is what compares.
-            per_item = 1e9 / entry["items_per_second"] if entry.get("items_per_second") else entry["real_time"]
+            whole = entry["real_time"] * NANOSECONDS[entry["time_unit"]]
+            per_item = 1e9 / entry["items_per_second"] if entry.get("items_per_second") else whole
             rows[row][contestant] = per_item
     return rows
 
@@ -78,10 +86,11 @@ class Row:
         self.floor, _ = best(times, lambda n: n.startswith("floor"))
         self.to_peer, self.to_floor = ratio(self.own, self.peer), ratio(self.own, self.floor)
         self.target, self.verdict = "", ""
-        for base, reached in (("peer", self.to_peer), ("floor", self.to_floor)):
-            if base in target and reached is not None:
-                self.target = f"{target[base]:g} x {base}"
-                self.verdict = "met" if reached <= target[base] else "missed"
+        for base, limit in target.items():
+            reached = {"peer": self.to_peer, "floor": self.to_floor}.get(base, ratio(self.own, times.get(base)))
+            if reached is not None:
+                self.target = f"{limit:g} x {base}"
+                self.verdict = "met" if reached <= limit else "missed"
 
     def cells(self):
         return [self.name, figure(self.own), figure(self.peer), self.peer_name, figure(self.floor), shown(self.to_peer),

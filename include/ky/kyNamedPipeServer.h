@@ -71,7 +71,8 @@ public:
     /// it.
     [[nodiscard]] kyNamedPipe* getNextPendingConnection();
 
-    /// Waits for a connection, whatever the limit of pending ones. Stops listening when the system fails.
+    /// Waits for a connection, whatever the limit of pending ones. Stops listening when the system fails; a
+    /// mere shortage of descriptors or memory leaves the clients waiting, for a later call to accept them.
     ///
     /// \param timeoutMs in milliseconds; negative waits without limit
     /// \param timedOut unless null, set to whether the time was over before something happened

@@ -2,6 +2,7 @@
 #include "process/child_streams_native.h"
 
 #include "platform/posix_retry.h"
+#include "process/parent_descriptor_linux.h"
 
 #include <algorithm>
 #include <array>
@@ -66,13 +67,11 @@ struct ChildStreams
 {
     ~ChildStreams()
     {
-        for (int& end : ours)
-            closeIfOpen(end);
         for (int& end : childs)
             closeIfOpen(end);
     }
 
-    std::array<int, 3> ours = {-1, -1, -1};
+    std::array<ParentDescriptor, 3> ours;
     std::array<int, 3> childs = {-1, -1, -1};
     std::array<char, bufferSize> buffer;
 };
@@ -95,9 +94,9 @@ bool openPipe(ChildStreams& streams, std::size_t stream)
         end = moved;
     }
     const bool isInput = stream == inputStream;
-    streams.ours[stream] = ends[isInput ? 1 : 0];
+    streams.ours[stream].set(ends[isInput ? 1 : 0]);
     streams.childs[stream] = ends[isInput ? 0 : 1];
-    return ends[0] >= 0 && ends[1] >= 0 && ::fcntl(streams.ours[stream], F_SETFL, O_NONBLOCK) == 0;
+    return ends[0] >= 0 && ends[1] >= 0 && ::fcntl(streams.ours[stream].get(), F_SETFL, O_NONBLOCK) == 0;
 }
 
 } // namespace
@@ -126,10 +125,10 @@ void closeChildEnds(ChildStreams& streams) noexcept
 
 Transfer readStream(ChildStreams& streams, int stream, std::string_view& bytes)
 {
-    int& end = streams.ours[static_cast<std::size_t>(stream)];
-    if (end < 0)
+    ParentDescriptor& end = streams.ours[static_cast<std::size_t>(stream)];
+    if (end.get() < 0)
         return Transfer::End;
-    const ssize_t got = retryInterrupted([&] { return ::read(end, streams.buffer.data(), bufferSize); });
+    const ssize_t got = retryInterrupted([&] { return ::read(end.get(), streams.buffer.data(), bufferSize); });
     if (got > 0)
     {
         bytes = std::string_view(streams.buffer.data(), static_cast<std::size_t>(got));
@@ -137,20 +136,20 @@ Transfer readStream(ChildStreams& streams, int stream, std::string_view& bytes)
     }
     if (got < 0 && errno == EAGAIN)
         return Transfer::Nothing;
-    closeIfOpen(end);
+    end.set(-1);
     return Transfer::End;
 }
 
 std::size_t waitingBytes(ChildStreams& streams, int stream) noexcept
 {
     int count = 0;
-    const int end = streams.ours[static_cast<std::size_t>(stream)];
+    const int end = streams.ours[static_cast<std::size_t>(stream)].get();
     return end >= 0 && ::ioctl(end, FIONREAD, &count) == 0 ? static_cast<std::size_t>(count) : 0;
 }
 
 Transfer writeInput(ChildStreams& streams, std::string_view rest, std::size_t& sent)
 {
-    const int end = streams.ours[inputStream];
+    const int end = streams.ours[inputStream].get();
     if (end < 0)
         return Transfer::End;
     const WithoutPipeSignal guard;
@@ -161,7 +160,7 @@ Transfer writeInput(ChildStreams& streams, std::string_view rest, std::size_t& s
     return Transfer::Bytes;
 }
 
-void closeInput(ChildStreams& streams) noexcept { closeIfOpen(streams.ours[inputStream]); }
+void closeInput(ChildStreams& streams) noexcept { streams.ours[inputStream].set(-1); }
 
 void waitForStreams(ChildStreams& streams, const Process& process, unsigned int limitMs) noexcept
 {
@@ -170,9 +169,9 @@ void waitForStreams(ChildStreams& streams, const Process& process, unsigned int 
         limit = std::min(limit, waitAttemptMs);
     // Negative numbers are passed over.
     pollfd entries[4] = {{static_cast<int>(process.handle), POLLIN, 0},
-                         {streams.ours[inputStream], POLLOUT, 0},
-                         {streams.ours[outputStream], POLLIN, 0},
-                         {streams.ours[errorStream], POLLIN, 0}};
+                         {streams.ours[inputStream].get(), POLLOUT, 0},
+                         {streams.ours[outputStream].get(), POLLIN, 0},
+                         {streams.ours[errorStream].get(), POLLIN, 0}};
     ::poll(entries, 4, limit);
 }
 

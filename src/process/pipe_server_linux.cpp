@@ -8,6 +8,7 @@
 #include "process/parent_descriptor_linux.h"
 #include "process/pipe_socket_linux.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <fcntl.h>
@@ -15,6 +16,7 @@
 #include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace ky::impl::native
 {
@@ -27,6 +29,7 @@ struct PipeListener
     std::string file;
     struct stat bound = {}; ///< what was made, zeroed when nothing was
     bool isDrained = false; ///< nobody waits to be accepted
+    bool isStarved = false; ///< somebody waits whom the system had no means to accept
 };
 
 struct PipeInstance
@@ -39,7 +42,11 @@ namespace
 
 // The kernel lets one more wait than it is told.
 constexpr int backlog = 8 - 1;
+constexpr int shortagePauseMs = 20;
 constexpr int socketType = SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK;
+
+/// Whether it may pass: other connections will be closed.
+bool isShortage(int code) { return code == EMFILE || code == ENFILE || code == ENOBUFS || code == ENOMEM; }
 
 /// Nobody who claims names listens, but somebody else may.
 bool isAnswering(const sockaddr_un& address)
@@ -127,6 +134,8 @@ InstanceState pollPipeInstance(PipeListener& listener, PipeInstance& instance)
             ::close(socket);
         else if (errno == EAGAIN || errno == EWOULDBLOCK)
             listener.isDrained = true;
+        else if (isShortage(errno))
+            listener.isDrained = listener.isStarved = true;
         else if (errno != ECONNABORTED)
             return InstanceState::Failed;
     }
@@ -146,8 +155,15 @@ void* takePipe(PipeInstance* instance) noexcept
 // One that is connected has been taken.
 void closePipeInstance(PipeListener&, PipeInstance* instance) noexcept { delete instance; }
 
+// Somebody who could not be accepted still waits, so that poll() would return at once.
 bool waitPipeListener(PipeListener& listener, int timeoutMs)
 {
+    if (std::exchange(listener.isStarved, false))
+    {
+        const int pauseMs = timeoutMs < 0 ? shortagePauseMs : std::min(timeoutMs, shortagePauseMs);
+        ::poll(nullptr, 0, pauseMs);
+        timeoutMs = timeoutMs < 0 ? timeoutMs : timeoutMs - pauseMs;
+    }
     return waitForSocket(listener.socket.get(), POLLIN, timeoutMs);
 }
 

@@ -2,6 +2,7 @@
 // Who and what may stand behind a name, and what is left when a process ends or forks.
 #include "process/pipe_socket_linux.h"
 #include "process/pipe_support.h"
+#include "support/sanitizer.h"
 #include "support/temp_dir.h"
 
 #include <algorithm>
@@ -9,6 +10,7 @@
 #include <filesystem>
 #include <functional>
 #include <poll.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
@@ -125,6 +127,27 @@ TEST_F(PipeAccess, ADeadSocketIsReplaced)
     EXPECT_TRUE(client.connectToNamedPipeServerUtf8(name));
     server.closeNamedPipeServer();
     EXPECT_FALSE(fs::exists(path)) << "nothing is left behind";
+}
+
+TEST_F(PipeAccess, AShortageOfDescriptorsPasses)
+{
+    if (!ky::test::canRunOutOfDescriptors)
+        GTEST_SKIP() << "the sanitizer needs descriptors of its own";
+    ASSERT_TRUE(server.listenUtf8(name));
+    ASSERT_TRUE(client.connectToNamedPipeServerUtf8(name));
+    rlimit before;
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit none = {3, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    for (int i = 0; i < 3; ++i)
+    {
+        bool timedOut = true;
+        EXPECT_FALSE(server.waitForNewConnection(10, &timedOut));
+        EXPECT_FALSE(timedOut) << "somebody is there";
+        EXPECT_TRUE(server.isListening());
+    }
+    ::setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_TRUE(server.waitForNewConnection(10000));
 }
 
 TEST_F(PipeAccess, WhatIsNotADeadSocketStays)

@@ -21,7 +21,8 @@ inline bool exchange(kyNamedPipe& pipe, std::uint64_t sentSeed, std::uint64_t re
     std::vector<char> block(64 * 1024);
     while (sent.position() < total || received.position() < total || pipe.hasPendingWrite())
     {
-        const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(block.size(), total - sent.position()));
+        const std::size_t room = std::min(block.size(), pipe.getMaxWriteBufferSize() - pipe.bytesToWrite());
+        const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(room, total - sent.position()));
         sent.fill(block.data(), size);
         sent.goBack(size - pipe.writeNamedPipeData(block.data(), size));
         pipe.processNamedPipeEvents(1000, true);

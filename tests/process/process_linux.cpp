@@ -243,6 +243,28 @@ TEST(ProcessLinux, WhatIsDetachedHasASessionOfItsOwn)
     EXPECT_EQ(session, id);
 }
 
+TEST(ProcessLinux, AForkedWorkerDoesNotKeepTheInputOpen)
+{
+    const TempDir dir;
+    const std::string gate = dir.file("gate");
+    kyProcess process;
+    process.setInput(std::string(std::size_t{1} << 20, 'x')); // more than a pipe holds: not all sent at once
+    ASSERT_TRUE(process.startProcess(
+        "/bin/sh", {"-c", "while [ ! -e '" + gate + "' ]; do sleep 0.01; done; cat > '" + dir.file("got") + "'"},
+        false));
+    const pid_t worker = ::fork();
+    if (worker == 0)
+    {
+        for (;;)
+            ::pause();
+    }
+    ky::test::writeFile(gate, "");
+    EXPECT_TRUE(process.waitForFinished(amplyMs));
+    EXPECT_EQ(ky::test::readFile(dir.file("got")).size(), std::size_t{1} << 20);
+    ::kill(worker, SIGKILL);
+    ::waitpid(worker, nullptr, 0);
+}
+
 TEST(ProcessLinux, StartsThatFailAtAnyStepLeaveNothingOpen)
 {
     if (!ky::test::canRunOutOfDescriptors)

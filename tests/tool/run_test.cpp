@@ -52,6 +52,7 @@ TEST_F(ToolRun, LinesGoIntoTheLog)
     EXPECT_EQ(output, "said");
     EXPECT_THAT(readFile(log), testing::ContainsRegex("INFO\\(out\\) : .* said\r\n$"));
     EXPECT_EQ(ky({"run", "--log", dir.path(), child, "process_end", "0"}), 1);
+    EXPECT_EQ(ky({"--log", log, "run", "--", child, "process_close", "0", "5"}), 5);
 }
 
 TEST_F(ToolRun, WhatCannotStartAndWhatDoesNotEnd)

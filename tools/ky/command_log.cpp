@@ -2,6 +2,7 @@
 #include "ky/commands.h"
 
 #include "ky/console_native.h"
+#include "ky/line_cutter.h"
 #include "ky/progress.h"
 
 #include <ky/kyLog.h>
@@ -33,19 +34,13 @@ std::string joined(const std::vector<std::string>& words)
     return text;
 }
 
-void writeLine(std::string_view line, kyLogType type, const std::string& qualifier)
-{
-    if (!line.empty() && line.back() == '\r')
-        line.remove_suffix(1);
-    kyLog::edit().Write(std::string(line), type, qualifier);
-}
-
 /// Writes every line of standard input until it ends. False when cancelled; what is left of a line is then dropped.
 bool writeInput(kyLogType type, const std::string& qualifier)
 {
     const auto progress = makeProgress(); // nobody knows how much will come: no bar
     std::vector<char> block(64 * 1024);
-    std::string pending;
+    LineCutter lines;
+    const auto write = [&](const std::string& line) { kyLog::edit().Write(line, type, qualifier); };
     for (;;)
     {
         std::size_t size = 0;
@@ -54,20 +49,10 @@ bool writeInput(kyLogType type, const std::string& qualifier)
             return false;
         if (input == native::Input::End)
             break;
-        if (input == native::Input::Nothing)
-            continue;
-        std::string_view rest(block.data(), size);
-        for (std::size_t end = rest.find('\n'); end != std::string_view::npos; end = rest.find('\n'))
-        {
-            pending.append(rest.substr(0, end));
-            writeLine(pending, type, qualifier);
-            pending.clear();
-            rest.remove_prefix(end + 1);
-        }
-        pending.append(rest);
+        if (input == native::Input::Bytes)
+            lines.add(std::string_view(block.data(), size), write);
     }
-    if (!pending.empty())
-        writeLine(pending, type, qualifier);
+    lines.finish(write);
     return true;
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ky/commands.h"
 
+#include "ky/line_cutter.h"
 #include "ky/progress.h"
 
 #include <ky/kyLog.h>
@@ -39,35 +40,21 @@ public:
         std::fflush(mStream);
         if (!mLogs)
             return;
-        for (std::size_t end = bytes.find('\n'); end != std::string_view::npos; end = bytes.find('\n'))
-        {
-            mLine.append(bytes.substr(0, end));
-            writeLine();
-            bytes.remove_prefix(end + 1);
-        }
-        mLine.append(bytes);
+        mLines.add(bytes, [this](const std::string& line) { write(line); });
     }
 
-    /// A last line without an end.
     void finish()
     {
-        if (!mLine.empty())
-            writeLine();
+        mLines.finish([this](const std::string& line) { write(line); });
     }
 
 private:
-    void writeLine()
-    {
-        if (!mLine.empty() && mLine.back() == '\r')
-            mLine.pop_back();
-        kyLog::edit().Write(mLine, kyLogType::INFO, mQualifier);
-        mLine.clear();
-    }
+    void write(const std::string& line) { kyLog::edit().Write(line, kyLogType::INFO, mQualifier); }
 
     std::FILE* mStream;
     std::string mQualifier;
     bool mLogs;
-    std::string mLine;
+    LineCutter mLines;
 };
 
 /// A path starts at the current folder, where ".exe" may be left out; a name is looked up by the system.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ky/commands.h"
 #include "ky/console_native.h"
+#include "ky/line_cutter.h"
 #include "ky/progress.h"
 #include "ky/utf8_path.h"
 
@@ -21,18 +22,13 @@ namespace
 constexpr std::size_t blockSize = 64 * 1024;
 using Lines = std::vector<std::string>;
 
-/// Appends the lines of `text`, without their ends.
+/// Appends the lines of `text`.
 void splitLines(std::string_view text, Lines& lines)
 {
-    while (!text.empty())
-    {
-        const std::size_t end = std::min(text.find('\n'), text.size());
-        std::string_view line = text.substr(0, end);
-        if (!line.empty() && line.back() == '\r')
-            line.remove_suffix(1);
-        lines.emplace_back(line);
-        text.remove_prefix(std::min(end + 1, text.size()));
-    }
+    LineCutter cutter;
+    const auto keep = [&](const std::string& line) { lines.push_back(line); };
+    cutter.add(text, keep);
+    cutter.finish(keep);
 }
 
 bool readFile(const std::string& path, std::string& content)

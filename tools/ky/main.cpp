@@ -244,15 +244,21 @@ ExitCode run(const CLI::App& app, const Options& options)
     return runCommand(command, options);
 }
 
-/// Takes out the "--" in front of a program to start: behind it, the parser would look for arguments of the tool. Every
-/// option of these commands has a value.
-void dropMark(std::vector<std::string>& arguments)
+/// Where the options from `at` on end; every one of them has a value.
+std::size_t behindOptions(const std::vector<std::string>& arguments, std::size_t at)
 {
-    if (arguments.empty() || (arguments.front() != "run" && arguments.front() != "detach"))
-        return;
-    std::size_t at = 1;
     while (at < arguments.size() && arguments[at].rfind("--", 0) == 0 && arguments[at] != "--")
         at += arguments[at].find('=') == std::string::npos ? 2U : 1U;
+    return at;
+}
+
+/// Takes out the "--" in front of a program to start: behind it, the parser would look for arguments of the tool.
+void dropMark(std::vector<std::string>& arguments)
+{
+    std::size_t at = behindOptions(arguments, 0);
+    if (at >= arguments.size() || (arguments[at] != "run" && arguments[at] != "detach"))
+        return;
+    at = behindOptions(arguments, at + 1);
     if (at < arguments.size() && arguments[at] == "--")
         arguments.erase(arguments.begin() + static_cast<std::ptrdiff_t>(at));
 }
