@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What lies below the CSV writer: the file stream and the text of reals.
+#include "support/soak.h"
 #include "support/temp_dir.h"
 
 #include "io/file_output_stream.h"
@@ -109,7 +110,7 @@ TEST(CsvWriterOutput, RealsHaveTheTextOfTheStringUtilities)
         }
     }
     std::mt19937_64 random(67);
-    const int rounds = std::getenv("KY_SOAK") != nullptr ? 50'000'000 : 300'000;
+    const int rounds = ky::test::isSoak() ? 20'000'000 : 300'000;
     for (int round = 0; round < rounds; ++round)
     {
         const std::uint64_t bits = random();
