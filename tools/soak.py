@@ -20,7 +20,7 @@ from pathlib import Path
 # Programs whose tests have a long form, in the order of the table.
 PROGRAMS = (
     "diagnostics_process_test", "diagnostics_fault_test", "diagnostics_crash_test", "diagnostics_test",
-    "diagnostics_crash_path_test", "frame_test", "concurrency_system_mutex_test",
+    "diagnostics_crash_path_test", "frame_test", "frame_module_test", "concurrency_system_mutex_test",
     "concurrency_system_mutex_files_test", "concurrency_wait_condition_test", "concurrency_thread_test",
     "concurrency_work_thread_test", "concurrency_updater_test", "concurrency_solver_test",
     "concurrency_dispatch_test", "concurrency_pool_process_test", "variant_internal_test", "ini_test", "io_test",

@@ -150,10 +150,8 @@ TEST(Lifecycle, TenThousandPairsLeaveTheProcessAsItWas)
     EXPECT_TRUE(std::equal(before.dispositions, before.dispositions + 3, after.dispositions)) << before << '\n'
                                                                                               << after;
     EXPECT_EQ(observedState(), 0);
-    const std::size_t left = std::max(after.threads, before.threads) - before.threads +
-                             std::max(after.handles, before.handles) - before.handles;
     ky::test::account("start and end", {rounds, "initializations and terminations"}, {},
-                      {left, "threads and descriptors"});
+                      {ky::test::leftOver(before, after), "threads and descriptors"});
 }
 
 TEST(Lifecycle, ExitWithoutTerminationEnds)

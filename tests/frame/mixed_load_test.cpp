@@ -225,10 +225,9 @@ TEST(MixedLoad, LeavesTheProcessAsItWas)
     for (int thread = 0; thread < threadCount; ++thread)
         expectRun(lines, 0, thread, false, warmUp + rounds - 1);
     EXPECT_EQ(describe(lines), "");
-    const std::size_t left = std::max(after.threads, before.threads) - before.threads +
-                             std::max(after.handles, before.handles) - before.handles;
     account("whole library", {10 * threadCount * rounds, "uses of ten services on 3 threads"}, {},
-            {static_cast<std::size_t>(wrong) + lines.missing + left, "answers, lines, threads, descriptors"});
+            {static_cast<std::size_t>(wrong) + lines.missing + leftOver(before, after),
+             "answers, lines, threads, descriptors"});
 }
 
 } // namespace
