@@ -270,7 +270,7 @@ TEST(Fork, NeverFindsALockThatNobodyWillGiveBack)
     for (std::thread& thread : threads)
         thread.join();
     ky::test::account("fork", {forks, "children that lock"}, {forks, "forks while 3 threads lock"},
-                      {stuck, "children"});
+                      {stuck, "children stuck"});
 }
 
 /// Whether the thread sleeps in the kernel.

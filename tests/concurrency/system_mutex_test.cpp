@@ -186,7 +186,7 @@ TEST(SystemMutex, AKilledOwnerLeavesItToTheNext)
         stuck += waiting.wait() != 0;
     }
     ky::test::account("named mutex", {2 * kills, "takes after a kill"}, {kills, "owners killed"},
-                      {stuck, "waiting processes"});
+                      {stuck, "waiting processes stuck"});
 }
 
 } // namespace

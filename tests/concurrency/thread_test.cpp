@@ -217,7 +217,7 @@ TEST(Fork, AChildCanDestroyThreadsAndLog)
     stop = true;
     loggers.clear();
     account("fork", {forks, "children that end threads and log"}, {forks, "forks while 4 threads log"},
-            {blocked, "children"});
+            {blocked, "children stuck"});
 }
 
 TEST(Exit, DoesNotWaitForThreads)

@@ -236,7 +236,8 @@ TEST(Updater, ARemovedCallbackIsNotRunning)
         threads.back()->startThread("changer");
     }
     threads.clear();
-    account("periodical updater", {4 * rounds, "callbacks added and removed"}, {}, {late.load(), "removals"});
+    account("periodical updater", {4 * rounds, "callbacks added and removed"}, {},
+            {late.load(), "calls after a removal"});
 }
 
 TEST(Updater, IsDestroyedAtAnyMoment)

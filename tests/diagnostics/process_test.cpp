@@ -60,7 +60,8 @@ void writeTogether(int maxSize, int keep, int lines)
     {
         EXPECT_EQ(log.lines, written);
     }
-    account("log of many processes", {written, "lines"}, {}, {log.missing + log.torn.size(), "lines"});
+    account("log of many processes", {log.lines, "lines kept to the end"}, {},
+            {log.missing + log.torn.size(), "lines"});
 }
 
 TEST(SharedLog, ManyWritersLoseNothing)
@@ -183,7 +184,7 @@ TEST(SharedLog, AForkedChildLogsWhileTheParentsThreadsDo)
         ky::test::expectRun(log, 1 + f, 0, true, 0);
     EXPECT_EQ(ky::test::describe(log), "");
     account("fork", {log.lines, "lines kept to the end"}, {forks, "forks while 4 threads log"},
-            {log.missing + static_cast<std::uint64_t>(blocked), "lines and children"});
+            {log.missing + static_cast<std::uint64_t>(blocked), "lines, children stuck"});
 }
 
 TEST(StandardOutput, GetsEveryTypeWithThePrefix)

@@ -357,7 +357,7 @@ TEST_F(FileFaults, AKilledCopierLeavesTheOldOrTheNewFile)
         waitpid(child, nullptr, 0);
     }
     ky::test::account("files and folders", {looks, "looks at a file that is replaced"}, {kills, "copiers killed"},
-                      {torn, "whole files"});
+                      {torn, "torn files"});
 }
 
 TEST_F(FileFaults, ProcessesNeverGetOneTemporaryName)
@@ -378,7 +378,7 @@ TEST_F(FileFaults, ProcessesNeverGetOneTemporaryName)
         waitpid(child, nullptr, 0);
     const auto made = std::distance(fs::directory_iterator(dir.path()), fs::directory_iterator());
     ky::test::account("temporary names", {processes * names, "names of 64 processes"}, {},
-                      {processes * names - made, "names of their own"});
+                      {processes * names - made, "names given twice"});
 }
 
 TEST_F(FileFaults, MovesToAnotherVolume)

@@ -197,7 +197,7 @@ TEST_F(LockFile, ThreadsWithObjectsOfTheirOwn)
     }
     for (std::thread& thread : threads)
         thread.join();
-    account("lock files", {4 * rounds, "takes of 4 threads"}, {}, {faults.load(), "exclusions"});
+    account("lock files", {4 * rounds, "takes of 4 threads"}, {}, {faults.load(), "takes beside an exclusive holder"});
 }
 
 TEST_F(LockFile, ProcessesNeverHoldItTogether)
@@ -234,7 +234,7 @@ TEST_F(LockFile, WhatAKilledHolderLeavesIsTakenAtOnce)
         stuck += !lock.takeLockUtf8(path, &existed, exclusive);
         EXPECT_TRUE(existed);
     }
-    account("lock files", {kills, "takes after a kill"}, {kills, "holders killed"}, {stuck, "takes"});
+    account("lock files", {kills, "takes after a kill"}, {kills, "holders killed"}, {stuck, "takes refused"});
 }
 
 } // namespace

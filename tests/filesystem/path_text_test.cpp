@@ -85,7 +85,7 @@ TEST(PathText, AgreesWithThePlainRules)
         EXPECT_EQ(std::pair(folder, name), referenceSplit(a));
         agreed += HasFailure() ? 0 : 1;
     }
-    account("path texts", {4 * rounds, "random paths beside the plain rules"}, {}, {rounds - agreed, "answers"});
+    account("path texts", {4 * rounds, "random paths beside the plain rules"}, {}, {rounds - agreed, "wrong answers"});
 }
 
 TEST(PathText, DrivesAndSharesGiveTheSameVerdictsEverywhere)

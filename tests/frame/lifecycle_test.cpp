@@ -151,7 +151,7 @@ TEST(Lifecycle, TenThousandPairsLeaveTheProcessAsItWas)
                                                                                               << after;
     EXPECT_EQ(observedState(), 0);
     ky::test::account("start and end", {rounds, "initializations and terminations"}, {},
-                      {ky::test::leftOver(before, after), "threads and descriptors"});
+                      {ky::test::leftOver(before, after), "threads and descriptors left"});
 }
 
 TEST(Lifecycle, ExitWithoutTerminationEnds)
@@ -160,7 +160,7 @@ TEST(Lifecycle, ExitWithoutTerminationEnds)
     int failed = 0;
     for (int i = 0; i < exits; ++i)
         failed += ky::test::ChildProcess("exit-initialized", {}).wait() != 0;
-    ky::test::account("start and end", {exits, "exits without termination"}, {}, {failed, "clean ends"});
+    ky::test::account("start and end", {exits, "exits without termination"}, {}, {failed, "exits that failed"});
 }
 
 TEST(EarlyUse, LocksMadeBeforeFullInitializationWarnAndWork)

@@ -227,7 +227,7 @@ TEST(MixedLoad, LeavesTheProcessAsItWas)
     EXPECT_EQ(describe(lines), "");
     account("whole library", {10 * threadCount * rounds, "uses of ten services on 3 threads"}, {},
             {static_cast<std::size_t>(wrong) + lines.missing + leftOver(before, after),
-             "answers, lines, threads, descriptors"});
+             "wrong answers, lost lines, threads and descriptors left"});
 }
 
 } // namespace

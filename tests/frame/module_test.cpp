@@ -52,7 +52,7 @@ TEST(Module, UnloadedAfterTerminationLeavesNothing)
     // A load keeps the description of the processor, which static objects may ask for until the end.
     EXPECT_LT(after.heapBytes, before.heapBytes + static_cast<std::size_t>(loads) * 2000);
     ky::test::account("start and end", {loads, "loads and unloads"}, {},
-                      {ky::test::leftOver(before, after), "threads and descriptors"});
+                      {ky::test::leftOver(before, after), "threads and descriptors left"});
 }
 
 TEST(Module, TheProgramEndsAlthoughTheModuleIsInUse)

@@ -87,7 +87,7 @@ TEST(CsvProperty, AgreesWithTheRulesOnRandomText)
             break;
         ++agreed;
     }
-    account("CSV reading", {rounds, "random texts beside the plain rules"}, {}, {rounds - agreed, "tables"});
+    account("CSV reading", {rounds, "random texts beside the plain rules"}, {}, {rounds - agreed, "wrong tables"});
 }
 
 TEST(CsvProperty, AgreesAtEveryCutAndEveryPortion)
@@ -123,7 +123,7 @@ TEST(CsvProperty, AgreesAtEveryCutAndEveryPortion)
         EXPECT_EQ(found.error, expected.error) << count;
         wrong += found != expected;
     }
-    account("CSV reading", {portions, "sizes of portions"}, {}, {wrong, "tables"});
+    account("CSV reading", {portions, "sizes of portions"}, {}, {wrong, "wrong tables"});
 }
 
 TEST(CsvProperty, AgreesAroundTheHeaderLimit)
@@ -197,7 +197,7 @@ TEST(CsvProperty, PortionsOfALargeFileNeedLittleMemory)
         most = std::max(most, processState().heapBytes);
     }
     EXPECT_LT(most, before + 20'000'000) << "however large the file";
-    account("CSV reading", {cells, "cells of 10 bytes in portions"}, {}, {wrong + (cells - next), "cells"});
+    account("CSV reading", {cells, "cells of 10 bytes in portions"}, {}, {wrong + (cells - next), "wrong cells"});
 }
 
 } // namespace

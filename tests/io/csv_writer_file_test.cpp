@@ -220,7 +220,7 @@ TEST_F(CsvWriterFile, SpreadsManyRowsOverManyFiles)
         for (const auto& row : reader.getTable())
             wrong += row[0].toInteger() != next++;
     }
-    account("CSV writing", {files * rowsPerFile, "rows over many files, read again"}, {}, {wrong, "rows"});
+    account("CSV writing", {files * rowsPerFile, "rows over many files, read again"}, {}, {wrong, "wrong rows"});
 }
 
 TEST_F(CsvWriterFile, WritesHugeCells)

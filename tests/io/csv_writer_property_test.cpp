@@ -163,7 +163,7 @@ TEST(CsvWriterProperty, WhatIsWrittenIsRead)
         }
         agreed += HasFailure() ? 0 : 1;
     }
-    account("CSV writing", {files, "random files read again"}, {}, {rounds - agreed, "tables"});
+    account("CSV writing", {files, "random files read again"}, {}, {rounds - agreed, "wrong tables"});
 }
 
 TEST(CsvWriterProperty, NumbersKeepTheirValueAndType)

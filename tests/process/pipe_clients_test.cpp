@@ -77,7 +77,7 @@ TEST(NamedPipeClients, ManyAtOnce)
     for (std::thread& thread : threads)
         thread.join();
     account("named pipes", {2 * bytesEach * clientCount, "bytes of 64 clients at once"}, {},
-            {clientCount - succeeded, "clients"});
+            {clientCount - succeeded, "clients cut short"});
     EXPECT_EQ(clients.size(), clientCount);
     for (Echo& client : clients)
     {

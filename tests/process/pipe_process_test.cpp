@@ -37,7 +37,7 @@ TEST(NamedPipeProcesses, ExchangeInOrder)
         broken += !isWhole + (answer != 0);
         sent += 2 * bytes;
     }
-    account("named pipes", {sent, "bytes between two processes"}, {}, {broken, "directions that were not whole"});
+    account("named pipes", {sent, "bytes between two processes"}, {}, {broken, "exchanges cut or changed"});
 }
 
 TEST(NamedPipeProcesses, AKilledClientIsSeenAtTheCut)
@@ -66,7 +66,8 @@ TEST(NamedPipeProcesses, AKilledClientIsSeenAtTheCut)
         ASSERT_TRUE(pumpUntil(*pipe, [&] { return receive(), pipe->isReadChannelClosed() && pipe->hasWriteFailed(); }));
         EXPECT_TRUE(server.isListening());
     }
-    account("named pipes", {received, "bytes up to the cut"}, {kills, "clients killed"}, {wrong, "blocks in order"});
+    account("named pipes", {received, "bytes up to the cut"}, {kills, "clients killed"},
+            {wrong, "blocks out of order"});
 }
 
 TEST(NamedPipeProcesses, AKilledServerIsReplaced)
@@ -101,7 +102,7 @@ TEST(NamedPipeProcesses, AKilledServerIsReplaced)
             ASSERT_TRUE(pumpUntil(pipe, [&] { return ask(), pipe.isReadChannelClosed(); }));
     }
     account("named pipes", {received, "bytes up to the cut"}, {kills, "servers killed and replaced"},
-            {wrong, "blocks in order"});
+            {wrong, "blocks out of order"});
     // In this process as well.
     kyNamedPipeServer server;
     EXPECT_TRUE(eventually([&] { return server.listenUtf8(name); }));

@@ -275,7 +275,7 @@ TEST(Process, ManyStartsLeaveNothingBehind)
     EXPECT_TRUE(eventually([&] { return kyProcess().resetState() && handles() <= before; }))
         << before << " handles before, " << handles() << " after";
     ky::test::account("processes", {children, "children one after the other"}, {children, "starts that fail"},
-                      {std::max(handles(), before) - before, "descriptors"});
+                      {std::max(handles(), before) - before, "descriptors left open"});
 }
 
 TEST(Process, ManyAtOnceEndAsTheyShould)

@@ -199,7 +199,7 @@ TEST(ProgressModel, EqualsTheNotifierAfterEveryOperation)
             }
         }
     }
-    ky::test::account("progress", {tried, "random operations beside a plain model"}, {}, {wrong, "values"});
+    ky::test::account("progress", {tried, "random operations beside a plain model"}, {}, {wrong, "wrong values"});
 }
 
 TEST(ProgressModel, HoldsAThousandNestedGroups)

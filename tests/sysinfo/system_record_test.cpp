@@ -140,7 +140,7 @@ TEST_F(SystemRecord, ManyInitializationsWork)
         failed += kySystemUtils::GetIdealThreadCount() < 1;
         kySystemUtils::TerminateSystemUtils();
     }
-    ky::test::account("system information", {rounds, "initializations"}, {}, {failed, "records"});
+    ky::test::account("system information", {rounds, "initializations"}, {}, {failed, "empty records"});
 }
 
 std::vector<std::string> keysOf(const Map& map)

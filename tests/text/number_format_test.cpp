@@ -170,7 +170,7 @@ TEST_F(NumberFormat, RealsAreThoseOfAStream)
                   reference.real(static_cast<double>(narrow), precision, fixed));
     }
     ky::test::account("number texts", {rounds, "random numbers beside a stream's text"}, {},
-                      {rounds - agreed, "texts"});
+                      {rounds - agreed, "wrong texts"});
     for (int i = 0; i < 2000; ++i)
     {
         const double value = randomReal(random);

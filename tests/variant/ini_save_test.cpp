@@ -184,7 +184,7 @@ TEST(IniSave, RandomTreesComeBack)
         if (!isSame && ++lost == 1)
             ADD_FAILURE() << show(tree) << '\n' << show(again) << '\n' << readFile(dir.file("t.ini"));
     }
-    account("INI files", {rounds, "random trees saved and loaded"}, {}, {lost, "trees"});
+    account("INI files", {rounds, "random trees saved and loaded"}, {}, {lost, "trees changed"});
     EXPECT_EQ(log.take(), Messages());
 }
 

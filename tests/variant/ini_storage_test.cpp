@@ -147,7 +147,7 @@ TEST(IniStorage, KilledSaverLeavesTheOldOrTheNewText)
         torn += !isWhole;
     }
     EXPECT_GT(kills, 0);
-    account("INI files", {kills, "looks after a kill"}, {kills, "savers killed"}, {torn, "whole files"});
+    account("INI files", {kills, "looks after a kill"}, {kills, "savers killed"}, {torn, "torn files"});
 }
 
 TEST(IniStorage, TwoSaversLeaveTheTextOfOne)
