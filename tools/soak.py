@@ -69,6 +69,7 @@ class Run:
             time.sleep(0.01)
         self.child.returncode = os.waitstatus_to_exitcode(status)
         self.megabytes = usage.ru_maxrss / 1024
+        self.processor_seconds = usage.ru_utime + usage.ru_stime
         if self.child.returncode != 0:
             self.faults.append(f"ended with {self.child.returncode}")
 
@@ -170,8 +171,9 @@ class Soak:
                     [(key[0], *map(counted, numbers, key[1:]))
                      for key, numbers in sorted(self.sums.items(), key=lambda entry: first.index(entry[0][0]))])
         print()
-        print_table(("program", "runs", "seconds", "MB at most, first run", "last run"),
-                    [(name, str(len(runs)), f"{sum(run.seconds for run in runs):.0f}", f"{runs[0].megabytes:.0f}",
+        print_table(("program", "runs", "seconds", "of a processor", "MB at most, first run", "last run"),
+                    [(name, str(len(runs)), f"{sum(run.seconds for run in runs):.0f}",
+                      f"{sum(run.processor_seconds for run in runs):.0f}", f"{runs[0].megabytes:.0f}",
                       f"{runs[-1].megabytes:.0f}") for name, runs in self.runs.items() if runs])
 
 

@@ -134,7 +134,7 @@ TEST(SystemMutex, KeepsProcessesAndThreadsApart)
 {
     constexpr int processCount = 16;
     constexpr int threadCount = 3;
-    const int rounds = ky::test::isSoak() ? 12'500 : 60;
+    const int rounds = ky::test::isSoak() ? 6'000 : 60;
     const ky::test::TempDir folder;
     const std::string name = folder.file("counter");
     ky::test::writeFile(name, "0");

@@ -76,7 +76,7 @@ TEST(CrashPath, OneLineThenTheEnd)
         SCOPED_TRACE(scene.name);
         // A handler that hangs is left only after its time.
         const bool isSlow = std::string(scene.name) == "handler-hangs";
-        for (int run = ky::test::isSoak() && !isSlow ? 300 : 1; run > 0; --run)
+        for (int run = ky::test::isSoak() && !isSlow ? 100 : 1; run > 0; --run)
         {
             const Outcome outcome = play(scene.name);
             lost += expectCrashLine(outcome, scene.signal) ? 0 : 1;
