@@ -222,7 +222,7 @@ TEST_F(FileFaults, ClearingIsNotLedOutByAFolderSwappedForALink)
     writeFile(dir.file("outside/inner/file"), "");
     writeFile(dir.file("outside/sentinel"), "");
     makeFolder(dir.file("tree/sub"));
-    const int wanted = ky::test::isSoak() ? 100000 : 3000;
+    const int wanted = ky::test::isSoak() ? 50000 : 3000;
     std::uint64_t clearings = 0;
     Swapper swapper(dir.file("tree/sub/victim"), dir.file("outside"), dir.file("kept"));
     while (swapper.swaps < wanted)
@@ -363,7 +363,7 @@ TEST_F(FileFaults, AKilledCopierLeavesTheOldOrTheNewFile)
 TEST_F(FileFaults, ProcessesNeverGetOneTemporaryName)
 {
     constexpr int processes = 64;
-    const int names = ky::test::isSoak() ? 10'000 : 20;
+    const int names = ky::test::isSoak() ? 2'000 : 20;
     std::vector<pid_t> children;
     for (int i = 0; i < processes; ++i)
     {

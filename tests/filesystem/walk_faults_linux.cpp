@@ -187,7 +187,7 @@ TEST(WalkFaults, NothingBehindALinkThatTakesAFoldersPlace)
     writeFile(dir.file("outside/sentinel"), "");
     makeFolder(dir.file("tree/victim/inner"));
     writeFile(dir.file("tree/victim/file"), "");
-    const int wanted = ky::test::isSoak() ? 100000 : 3000;
+    const int wanted = ky::test::isSoak() ? 50000 : 3000;
     Swapper swapper(dir.file("tree/victim"), dir.file("outside"));
     int entered = 0;
     std::uint64_t walks = 0;
