@@ -44,7 +44,10 @@ class Run:
         self.temporary = Path(folder, "temporary")
         self.rows_file = Path(folder, "rows")
         self.output_file = Path(folder, "output")
+        # Some tests go on as another user.
+        os.chmod(folder, 0o755)
         self.temporary.mkdir()
+        os.chmod(self.temporary, 0o1777)
         environment = dict(os.environ, KY_SOAK="1", KY_SOAK_ROWS=str(self.rows_file), TMPDIR=str(self.temporary))
         start = time.monotonic()
         with open(self.output_file, "wb") as output:
