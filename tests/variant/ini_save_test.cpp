@@ -167,7 +167,7 @@ TEST(IniSave, RandomTreesComeBack)
     const TempDir dir;
     LogCapture log;
     std::mt19937 random(34);
-    const int rounds = isSoak() ? 100000 : 400;
+    const int rounds = isSoak() ? 50000 : 400;
     int lost = 0;
     for (int round = 0; round < rounds; ++round)
     {
