@@ -148,8 +148,7 @@ bool folders(Worker& worker)
     for (int i = 0; i < 10; ++i)
     {
         const std::string folder = root + "/a" + std::to_string(i) + "/b";
-        if (!kyDirUtils::MkpathUtf8(folder))
-            return false;
+        makeFolder(folder);
         writeFile(folder + "/file.txt", "text");
     }
     return kyDirUtils::ClearFolderUtf8(root, true) && !exists(root);
@@ -186,7 +185,8 @@ int work(const TempDir& dir, int firstRound, int rounds)
             [&, number]
             {
                 Worker worker{dir.file("worker" + std::to_string(number)), dir.path(), number};
-                wrong += !kyDirUtils::MkpathUtf8(worker.folder);
+                if (!exists(worker.folder))
+                    makeFolder(worker.folder);
                 for (worker.round = firstRound; worker.round < firstRound + rounds; ++worker.round)
                 {
                     for (const auto task : tasks)
