@@ -14,12 +14,13 @@
 // check: WAITERS=3 ITEMS=1 GATE ALL
 // check: WAITERS=2 LIMITED=1 ITEMS=1 GATE ALL OUTSIDE
 // check: WAITERS=2 ITEMS=1
+// check: WAITERS=2 ITEMS=2 ALL
 // check: WAITERS=2 ITEMS=2 LATER
 // check: WAITERS=2 ITEMS=2 ALL OUTSIDE LATER
-// check: WAITERS=3 ITEMS=2 ALL LATER
+// check: WAITERS=3 ITEMS=3 ALL LATER
 // check: WAITERS=0 LIMITED=2 ITEMS=2
 // known: WAITERS=2 ITEMS=2 finds deadlock
-// known: WAITERS=2 ITEMS=2 ALL finds deadlock
+// known: WAITERS=3 ITEMS=3 ALL finds deadlock
 // known: WAITERS=2 ITEMS=1 GATE ALL ONE_AFTERWARDS finds deadlock
 // mistake: WAITERS=1 ITEMS=1 ALL DROP_SIGNAL finds deadlock
 // mistake: WAITERS=2 ITEMS=1 GATE ALL RESET_AFTER_EVERY_WAIT finds deadlock

@@ -12,7 +12,7 @@
 // check: WAITERS=2 ONE=0 BROADCAST
 // check: WAITERS=2 ONE=1 BROADCAST LIMITED
 // mistake: WAITERS=2 ONE=1 LIMITED LEAVE_BY_TIME_ALONE finds assertion
-// mistake: WAITERS=1 ONE=1 ANSWER_WITHOUT_WAKE finds deadlock
+// mistake: WAITERS=1 ONE=1 ANSWER_WITHOUT_WAKE finds assertion
 // mistake: WAITERS=2 ONE=1 LIMITED LEAVE_WITHOUT_MUTEX finds assertion
 
 #ifndef WAITERS
