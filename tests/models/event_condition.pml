@@ -13,7 +13,6 @@
 // check: WAITERS=1 ITEMS=1 ROUNDS=2 WAKERS=2 ALL OUTSIDE
 // check: WAITERS=3 ITEMS=1 GATE ALL
 // check: WAITERS=2 LIMITED=1 ITEMS=1 GATE ALL OUTSIDE
-// check: WAITERS=2 ITEMS=1
 // check: WAITERS=2 ITEMS=2 ALL
 // check: WAITERS=2 ITEMS=2 LATER
 // check: WAITERS=2 ITEMS=2 ALL OUTSIDE LATER
@@ -124,7 +123,7 @@ active [WAKERS] proctype waker()
     ended++
 }
 
-// When all is quiet. In the end nobody is counted as waiting.
+// Comes when nobody else can do anything. In the end nobody is counted as waiting.
 active proctype look()
 {
     STEP_LOCALS

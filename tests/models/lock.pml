@@ -2,7 +2,7 @@
 // The recursive lock: one owner at a time, nobody sleeps for ever.
 //
 // check: THREADS=2 ROUNDS=3
-// check: THREADS=3 ROUNDS=2 TRY
+// check: THREADS=3 ROUNDS=1 TRY
 // check: THREADS=3 ROUNDS=2 RECURSIVE
 // check: THREADS=4 ROUNDS=1
 // check: THREADS=3 ROUNDS=2 PLAIN_LOCK RECURSIVE

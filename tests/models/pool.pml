@@ -3,8 +3,8 @@
 // has ended when run() returns; no share is used after its batch has gone; nobody waits for ever, the pool's end included.
 //
 // CALLERS threads call SolverBase::solve() with TASKS tasks each, ROUNDS times, on WORKERS workers; then the pool is
-// destroyed. FAILING: a task may fail, as long as it has released the mutex or holds it. ORDERED: a task waits for the
-// one before it. DEPENDENT: the tasks of the second caller wait until the first caller has returned.
+// destroyed. FAILING: any task may fail while it has released the mutex. ORDERED: a task waits for the one before it.
+// DEPENDENT: the tasks of the second caller wait until the first caller has returned.
 //
 // check: WORKERS=1 CALLERS=1 TASKS=3 ROUNDS=2
 // check: WORKERS=2 CALLERS=1 TASKS=3

@@ -19,7 +19,7 @@
 // mistake: SMALL=2 GIVERS=2 TAKE_WITHOUT_COMPARING finds assertion
 // mistake: SMALL=1 GIVERS=1 LOOK_BEFORE_COUNTING finds deadlock
 // mistake: SMALL=1 GIVERS=1 GIVE_WITHOUT_MUTEX finds assertion
-// mistake: SMALL=1 LARGE=1 GIVERS=3 WAKE_ONE_WAITER PLAIN_LOCK finds deadlock
+// mistake: SMALL=1 LARGE=1 GIVERS=1 BIG_GIVERS=1 WAKE_ONE_WAITER PLAIN_LOCK finds deadlock
 // mistake: SMALL=1 GIVERS=1 MUTEX_AFTER_FAST_GIVING finds assertion
 
 #ifndef SMALL
