@@ -492,11 +492,11 @@ private:
         Links* parent;
         Links* left;
         Links* right;
+        Links* next; ///< in key order
         int balance;
     };
     struct Node;
 
-    static const Links* nextOf(const Links* links) noexcept;
     static const Links* previousOf(const Links* links) noexcept;
 
 public:
@@ -523,13 +523,13 @@ public:
         [[nodiscard]] pointer operator->() const noexcept { return &**this; }
         BasicIterator& operator++() noexcept
         {
-            links_ = nextOf(links_);
+            links_ = links_->next;
             return *this;
         }
         BasicIterator operator++(int) noexcept
         {
             const BasicIterator old = *this;
-            links_ = nextOf(links_);
+            links_ = links_->next;
             return old;
         }
         BasicIterator& operator--() noexcept
@@ -657,7 +657,8 @@ public:
     friend KY_API std::ostream& operator<<(std::ostream& out, const kyVariantMapImpl& map);
 
 private:
-    /// parent: the root; left: the first entry; right: the last entry; itself where the map is empty (root: null).
+    /// parent: the root; left and next: the first entry; right: the last entry; itself where the map is empty (root:
+    /// null). The next of the last entry is this one.
     Links head_;
     std::size_t size_;
 };

@@ -50,41 +50,60 @@ void VariantAccess::copyList(List& to, const List& from, std::vector<Pending>& p
         copyShallow(to.items_.emplace_back(), item, pending);
 }
 
+namespace
+{
+
+/// Clones a tree in key order, so that every node that is already there can be found if memory runs out. Calls itself
+/// as deep as the tree is high, which is balanced.
+class TreeCopy
+{
+public:
+    using Links = MapTree::Links;
+
+    TreeCopy(Map& to, std::vector<VariantAccess::Pending>& pending) noexcept
+        : head_(MapTree::head(to)),
+          last_(&head_),
+          pending_(pending)
+    {
+    }
+    void copy(const Links* root) { adopt(&head_, head_.parent, copyBelow(root)); }
+
+private:
+    static void adopt(Links* parent, Links*& slot, Links* child) noexcept
+    {
+        slot = child;
+        if (child != nullptr)
+            child->parent = parent;
+    }
+    Links* copyBelow(const Links* source)
+    {
+        if (source == nullptr)
+            return nullptr;
+        Links* const left = copyBelow(source->left);
+        const MapTree::Node& from = *MapTree::nodeOf(source);
+        MapTree::Node* const node = MapTree::create(from.entry.first, from.prefix);
+        node->next = &head_;
+        last_->next = node;
+        last_ = node;
+        node->balance = from.balance;
+        VariantAccess::copyShallow(node->entry.second, from.entry.second, pending_);
+        adopt(node, node->left, left);
+        adopt(node, node->right, copyBelow(source->right));
+        return node;
+    }
+
+    Links& head_;
+    Links* last_;
+    std::vector<VariantAccess::Pending>& pending_;
+};
+
+} // namespace
+
 void VariantAccess::copyMap(Map& to, const Map& from, std::vector<Pending>& pending)
 {
-    using Links = MapTree::Links;
-    const auto clone = [&pending](const Links* links, Links* parent, Links*& slot)
-    {
-        const MapTree::Node* const source = MapTree::nodeOf(links);
-        MapTree::Node* const node = MapTree::create(source->entry.first, source->prefix);
-        node->parent = parent;
-        node->balance = source->balance;
-        slot = node;
-        copyShallow(node->entry.second, source->entry.second, pending);
-        return slot;
-    };
-    const Links* source = MapTree::head(from).parent;
-    if (source == nullptr)
+    if (from.empty())
         return;
-    Links* copy = clone(source, &MapTree::head(to), MapTree::head(to).parent);
-    while (!MapTree::isHead(source))
-    {
-        if (source->left != nullptr && copy->left == nullptr)
-        {
-            source = source->left;
-            copy = clone(source, copy, copy->left);
-        }
-        else if (source->right != nullptr && copy->right == nullptr)
-        {
-            source = source->right;
-            copy = clone(source, copy, copy->right);
-        }
-        else
-        {
-            source = source->parent;
-            copy = copy->parent;
-        }
-    }
+    TreeCopy(to, pending).copy(MapTree::head(from).parent);
     MapTree::finish(to, from.size());
 }
 
