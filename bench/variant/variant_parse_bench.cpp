@@ -93,7 +93,7 @@ void addRows(const std::string& name, const Texts& texts)
     benchmark::RegisterBenchmark(
         row("ky").c_str(), [texts](benchmark::State& state)
         { typing(state, texts, [](const std::string& text) { return ky::kyVariant::BuildFromString(text); }); });
-    benchmark::RegisterBenchmark(row("c_library").c_str(),
+    benchmark::RegisterBenchmark(row("floor_c_library").c_str(),
                                  [texts](benchmark::State& state) { typing(state, texts, buildWithC); });
 #ifdef KY_BENCH_QT
     benchmark::RegisterBenchmark(row("qt").c_str(),

@@ -104,7 +104,7 @@ public:
     /// no type gives the null variant.
     explicit kyVariant(Type type) : payload_{}, type_(Type::Unknown) { createZero(type); }
     /// A `String` holding a copy of the NUL-terminated `text`, which must not be null.
-    kyVariant(const char* text);
+    kyVariant(const char* text) : kyVariant(std::string_view(text)) {}
     /// A `String`, `StringList`, `List` or `Map`: a copy of the argument, or what was moved from it.
     ///@{
     kyVariant(std::string_view text);

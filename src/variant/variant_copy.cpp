@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Deep copies. Nested containers wait in a list of their own, so that depth costs no stack.
+#include "platform/compiler.h"
 #include "variant/variant_access.h"
 
 #include <utility>
@@ -9,15 +10,9 @@ namespace ky
 namespace impl
 {
 
-void VariantAccess::copyShallow(kyVariant& to, const kyVariant& from, std::vector<Pending>& pending)
+void VariantAccess::copyOwned(kyVariant& to, const kyVariant& from, std::vector<Pending>& pending)
 {
     const Type type = from.type_;
-    if (!from.ownsPayload())
-    {
-        to.payload_ = from.payload_;
-        to.type_ = type;
-        return;
-    }
     void* copy = nullptr;
     if (from.payload_.object != nullptr)
     {
@@ -120,6 +115,13 @@ void VariantAccess::copyPending(std::vector<Pending>& pending)
     }
 }
 
+void VariantAccess::copyDeep(kyVariant& to, const kyVariant& from)
+{
+    std::vector<Pending> pending;
+    copyShallow(to, from, pending);
+    copyPending(pending);
+}
+
 void VariantAccess::copyMapDeep(Map& to, const Map& from)
 {
     std::vector<Pending> pending;
@@ -131,7 +133,7 @@ void VariantAccess::copyMapDeep(Map& to, const Map& from)
 
 void kyVariant::copyPayload(const kyVariant& other)
 {
-    if (type_ == Type::String && payload_.object != nullptr)
+    if (KY_LIKELY(type_ == Type::String && payload_.object != nullptr))
     {
         payload_.object = impl::createInBlock<std::string>(other.getString());
         return;
@@ -139,9 +141,7 @@ void kyVariant::copyPayload(const kyVariant& other)
     // Built aside: when memory runs out, the part that is already there is freed and this variant stays null.
     release();
     kyVariant copy;
-    std::vector<impl::VariantAccess::Pending> pending;
-    impl::VariantAccess::copyShallow(copy, other, pending);
-    impl::VariantAccess::copyPending(pending);
+    impl::VariantAccess::copyDeep(copy, other);
     swap(copy);
 }
 
