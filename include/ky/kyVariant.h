@@ -657,8 +657,7 @@ public:
     friend KY_API std::ostream& operator<<(std::ostream& out, const kyVariantMapImpl& map);
 
 private:
-    /// parent: the root; left and next: the first entry; right: the last entry; itself where the map is empty (root:
-    /// null). The next of the last entry is this one.
+    /// parent: the root or null; left and next: the first entry, right: the last one, this itself where there is none.
     Links head_;
     std::size_t size_;
 };

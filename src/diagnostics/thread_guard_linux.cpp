@@ -175,9 +175,8 @@ const int registered = pthread_atfork(&holdForFork, &releaseAfterFork, &keepOwnI
 
 ThreadGuard* makeThreadGuard() noexcept
 {
-    void* place = takeSpare();
-    if (place == nullptr)
-        place = mapGuard();
+    void* const spare = takeSpare();
+    void* const place = spare != nullptr ? spare : mapGuard();
     if (place == nullptr)
         return nullptr;
     auto* const guard = new (place) ThreadGuard{};
