@@ -29,8 +29,9 @@ void kyDataStream::putText(const Container& text)
         return;
     }
     put(static_cast<std::uint32_t>(text.size()));
-    if (mOk && !text.empty())
-        mOk = mDevice->writeBytes(text.data(), text.size()) == text.size();
+    if (!mOk || text.empty() || (mMemory != nullptr && mMemory->overwrite(text.data(), text.size())))
+        return;
+    mOk = mDevice->writeBytes(text.data(), text.size()) == text.size();
 }
 
 template <typename Container>
@@ -42,6 +43,8 @@ void kyDataStream::getText(Container& text)
         return;
     try
     {
+        if (size <= directLimit && mMemory != nullptr && mMemory->getText(text, size))
+            return;
         if (size <= directLimit)
         {
             text.resize(size);
