@@ -21,6 +21,19 @@ constexpr int mostDigits = 1074;
 // Sign, 309 digits before the point, the point, and a margin.
 using Buffer = std::array<char, mostDigits + 320>;
 
+double power(int exponent)
+{
+    static constexpr std::array<double, 23> powers = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                      1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                                      1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+    return powers[static_cast<std::size_t>(exponent)];
+}
+
+constexpr int mostPrecision = 6; // the error then stays far below what counts as a half
+
+/// Whether a rest of a rounded product lies where its error might decide about a half.
+bool isDoubtful(double rest) { return std::fabs(rest - 0.5) < 1e-6; }
+
 /// Few digits of values of common size, by one multiplication or division with an exact power of ten, which is rounded
 /// once. Gives up where that rounding might decide about a half.
 class FewDigits
@@ -36,7 +49,7 @@ public:
         const double scaled = shift >= 0 ? magnitude * power(shift) : magnitude / power(-shift);
         mDigits = static_cast<std::uint32_t>(scaled);
         const double rest = scaled - static_cast<double>(mDigits);
-        if (std::fabs(rest - 0.5) < 1e-6)
+        if (isDoubtful(rest))
             return;
         mDigits += rest > 0.5 ? 1 : 0;
         if (static_cast<double>(mDigits) >= power(precision))
@@ -69,16 +82,6 @@ public:
     }
 
 private:
-    static constexpr int mostPrecision = 6; // the error then stays far below what counts as a half
-
-    static double power(int exponent)
-    {
-        static constexpr std::array<double, 23> powers = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                                          1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                                          1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-        return powers[static_cast<std::size_t>(exponent)];
-    }
-
     /// Of the first digit; one off beside a power of ten does no harm, because the digits are then rounded across it.
     static int exponentOf(double magnitude)
     {
@@ -131,6 +134,33 @@ private:
     bool mValid = false;
 };
 
+/// The same with few decimals; empty where it gives up.
+std::string fewDecimals(double value, int precision)
+{
+    if (precision < 0 || precision > mostPrecision)
+        return {};
+    const double scaled = std::fabs(value) * power(precision);
+    if (!(scaled < 1e9))
+        return {};
+    auto digits = static_cast<std::uint32_t>(scaled);
+    const double rest = scaled - static_cast<double>(digits);
+    if (isDoubtful(rest))
+        return {};
+    digits += rest > 0.5 ? 1 : 0;
+    std::array<char, 16> buffer;
+    char* begin = buffer.data() + buffer.size();
+    for (int i = 0; i < precision; ++i, digits /= 10)
+        *--begin = static_cast<char>('0' + digits % 10);
+    if (precision > 0)
+        *--begin = '.';
+    do
+        *--begin = static_cast<char>('0' + digits % 10);
+    while ((digits /= 10) != 0);
+    if (std::signbit(value))
+        *--begin = '-';
+    return std::string(begin, buffer.data() + buffer.size());
+}
+
 } // namespace
 
 std::string generalReal(double value, int precision)
@@ -147,8 +177,11 @@ std::string generalReal(double value, int precision)
 
 std::string fixedReal(double value, int precision)
 {
-    Buffer buffer;
     const int wanted = precision < 0 ? defaultPrecision : precision;
+    std::string few = fewDecimals(value, wanted);
+    if (!few.empty())
+        return few;
+    Buffer buffer;
     const int digits = std::min(wanted, mostDigits);
     const std::to_chars_result end =
         std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, digits);
