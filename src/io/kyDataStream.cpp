@@ -37,13 +37,14 @@ void kyDataStream::putText(const Container& text)
 template <typename Container>
 void kyDataStream::getText(Container& text)
 {
-    text.clear();
     std::uint32_t size = 0;
-    if (!get(size).mOk || size == 0)
-        return;
+    get(size);
     try
     {
-        if (size <= directLimit && mMemory != nullptr && mMemory->getText(text, size))
+        if (mOk && size <= directLimit && mMemory != nullptr && mMemory->getText(text, size))
+            return;
+        text.clear();
+        if (!mOk || size == 0)
             return;
         if (size <= directLimit)
         {
