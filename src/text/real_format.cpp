@@ -25,7 +25,9 @@ using Buffer = std::array<char, mostDigits + 320>;
 constexpr int mostShortDigits = 6; // the error of the scaled value then stays far below what is doubtful
 constexpr double smallest = 1e-5;
 constexpr double largest = 1e21;
-constexpr double doubtful = 1e-6;
+
+/// Whether a rest of a scaled value lies where the value's error might decide about a half.
+bool isDoubtful(double rest) { return std::fabs(rest - 0.5) < 1e-6; }
 
 double power(int exponent)
 {
@@ -61,7 +63,7 @@ public:
         const double scaled = shift >= 0 ? magnitude * power(shift) : magnitude / power(-shift);
         auto number = static_cast<std::uint32_t>(scaled);
         const double rest = scaled - static_cast<double>(number);
-        if (std::fabs(rest - 0.5) < doubtful)
+        if (isDoubtful(rest))
             return;
         number += rest > 0.5 ? 1U : 0U;
         if (number >= end)
@@ -154,6 +156,33 @@ std::size_t writeCommon(char* begin, double value, int precision) noexcept
     }
 }
 
+/// The same with few decimals; empty where it gives up.
+std::string fewDecimals(double value, int precision)
+{
+    if (precision < 0 || precision > mostShortDigits)
+        return {};
+    const double scaled = std::fabs(value) * power(precision);
+    if (!(scaled < 1e9))
+        return {};
+    auto digits = static_cast<std::uint32_t>(scaled);
+    const double rest = scaled - static_cast<double>(digits);
+    if (isDoubtful(rest))
+        return {};
+    digits += rest > 0.5 ? 1 : 0;
+    std::array<char, 16> buffer;
+    char* begin = buffer.data() + buffer.size();
+    for (int i = 0; i < precision; ++i, digits /= 10)
+        *--begin = static_cast<char>('0' + digits % 10);
+    if (precision > 0)
+        *--begin = '.';
+    do
+        *--begin = static_cast<char>('0' + digits % 10);
+    while ((digits /= 10) != 0);
+    if (std::signbit(value))
+        *--begin = '-';
+    return std::string(begin, buffer.data() + buffer.size());
+}
+
 } // namespace
 
 ShortReal::ShortReal(double value, int precision) noexcept
@@ -180,8 +209,11 @@ std::string generalReal(double value, int precision)
 
 std::string fixedReal(double value, int precision)
 {
-    Buffer buffer;
     const int wanted = precision < 0 ? defaultPrecision : precision;
+    std::string few = fewDecimals(value, wanted);
+    if (!few.empty())
+        return few;
+    Buffer buffer;
     const int digits = std::min(wanted, mostDigits);
     const std::to_chars_result end =
         std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, digits);
