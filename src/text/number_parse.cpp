@@ -360,13 +360,7 @@ NumberForm parsePlainNumber(std::string_view text, std::int64_t& integer, double
     const char* const end = at + text.size();
     const bool negative = first == '-';
     at += negative ? 1 : 0;
-    if (isHexPrefix(at, end))
-    {
-        bool saturated = false;
-        return end - at > 2 && parseDigits<16>(at + 2, end, negative, integer, saturated) ? NumberForm::Integer
-                                                                                          : NumberForm::Unclear;
-    }
-    // A leading 0 may stand for octal digits.
+    // A leading 0 may stand for octal or hexadecimal digits.
     if (text.size() > mostCharacters || at == end || !isDigit(*at) ||
         (*at == '0' && end - at > 1 && at[1] != '.' && at[1] != ','))
         return NumberForm::Unclear;
