@@ -2,12 +2,14 @@
 #include "concurrency/full_library.h"
 #include "concurrency/pool_of.h"
 #include "support/child_process.h"
+#include "support/soak.h"
 
 #include <ky/kyConcurrent.h>
 #include <ky/kyProgressNotifier.h>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <cstdint>
@@ -217,7 +219,7 @@ TEST_P(LoopsOn, MayBeNestedAndRecursive)
 
 TEST_P(LoopsOn, MayComeFromManyThreadsAtOnce)
 {
-    constexpr std::uint64_t rounds = 60;
+    const std::uint64_t rounds = ky::test::isSoak() ? 2000 : 60;
     std::atomic<std::uint64_t> sum{0};
     std::vector<std::thread> threads;
     for (int i = 0; i < 8; ++i)
@@ -236,7 +238,9 @@ TEST_P(LoopsOn, MayComeFromManyThreadsAtOnce)
             });
     for (std::thread& thread : threads)
         thread.join();
-    EXPECT_EQ(sum, 8 * rounds * 4500);
+    const std::uint64_t wanted = 8 * rounds * 4500;
+    ky::test::account("worker pool", {wanted, "indices of nested loops on 8 threads"}, {},
+                      {std::max(sum.load(), wanted) - std::min(sum.load(), wanted), "indices"});
 }
 
 /// Keeps what it was told.

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "support/soak.h"
+
 #include <ky/kyThread.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <functional>
 #include <string>
 #include <system_error>
@@ -18,8 +19,6 @@ inline constexpr int forEver = 0x7FFFFFFF;
 
 /// Time for something to happen that must not happen. Too short a one hides a fault; it never makes one.
 inline constexpr std::chrono::milliseconds grace(30);
-
-inline bool isSoak() { return std::getenv("KY_SOAK") != nullptr; }
 
 /// A thread that runs a function.
 class Body : public kyThread

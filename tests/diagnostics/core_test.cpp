@@ -1,12 +1,17 @@
 // SPDX-License-Identifier: MIT
+#include "support/soak.h"
+
 #include <ky/kyLog.h>
 #include <ky/kySystemUtils.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cinttypes>
 #include <cmath>
 #include <complex>
+#include <cstdio>
 #include <iomanip>
 #include <limits>
 #include <locale>
@@ -312,6 +317,45 @@ TEST_F(Logger, ThreadsAreSerialized)
         ASSERT_EQ(message,
                   "INFO(t) " + std::to_string(thread) + " " + std::to_string(next[static_cast<std::size_t>(thread)]++));
     }
+}
+
+/// Checks the messages of many threads as they come.
+struct Sequence
+{
+    static void check(const std::string& message, kyLogType, const std::string&, void* sequence)
+    {
+        auto& self = *static_cast<Sequence*>(sequence);
+        std::size_t thread = 0;
+        std::uint64_t number = 0;
+        if (std::sscanf(message.c_str(), "%zu %" SCNu64, &thread, &number) != 2 || number != self.next.at(thread)++)
+            ++self.wrong;
+        ++self.received;
+    }
+    std::array<std::uint64_t, 16> next{};
+    std::uint64_t received = 0;
+    std::uint64_t wrong = 0;
+};
+
+TEST_F(Logger, NoMessageIsLostUnderLoad)
+{
+    const std::uint64_t lines = ky::test::isSoak() ? 312'500 : 2000;
+    Sequence sequence;
+    kyLog::edit().installCustomHandler(&Sequence::check, &sequence);
+    std::vector<std::thread> writers;
+    for (std::size_t t = 0; t < sequence.next.size(); ++t)
+    {
+        writers.emplace_back(
+            [t, lines]
+            {
+                for (std::uint64_t i = 0; i < lines; ++i)
+                    ky::logInfo() << t << ' ' << i;
+            });
+    }
+    for (std::thread& writer : writers)
+        writer.join();
+    const std::uint64_t sent = lines * sequence.next.size();
+    ky::test::account("log objects", {sent, "messages of 16 threads"}, {},
+                      {sequence.wrong + (sent - sequence.received), "messages"});
 }
 
 TEST(LoggerLifecycle, TheFirstCreationCounts)

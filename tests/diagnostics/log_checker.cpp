@@ -3,6 +3,8 @@
 
 #include "support/temp_dir.h"
 
+#include <algorithm>
+
 namespace ky::test
 {
 
@@ -86,13 +88,20 @@ void expectRun(LogContent& log, int writer, int thread, bool fromZero, int last)
         if (numbers[i] != numbers[i - 1] + 1)
         {
             log.faults.push_back(who + std::to_string(numbers[i]) + " after " + std::to_string(numbers[i - 1]));
+            log.missing += static_cast<std::uint64_t>(std::max(numbers[i] - numbers[i - 1] - 1, 1));
             return;
         }
     }
     if (last >= 0 && (numbers.empty() || numbers.back() != last))
+    {
         log.faults.push_back(who + "last line is missing");
+        log.missing += static_cast<std::uint64_t>(std::max(last - (numbers.empty() ? -1 : numbers.back()), 1));
+    }
     if (fromZero && !numbers.empty() && numbers.front() != 0)
+    {
         log.faults.push_back(who + "begins with " + std::to_string(numbers.front()));
+        log.missing += static_cast<std::uint64_t>(numbers.front());
+    }
 }
 
 std::string describe(const LogContent& log)

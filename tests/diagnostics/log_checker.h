@@ -3,6 +3,7 @@
 
 #include "numbered_lines.h"
 
+#include <cstdint>
 #include <map>
 #include <string>
 #include <utility>
@@ -19,6 +20,8 @@ struct LogContent
     std::vector<std::string> faults;
     /// Lines that are not whole, with their files.
     std::vector<std::string> torn;
+    /// Lines that expectRun() missed up to the first gap of each thread, or found doubled or out of order.
+    std::uint64_t missing = 0;
     int rotatedFiles = 0;
     std::size_t lines = 0;
 };

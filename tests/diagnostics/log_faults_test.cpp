@@ -3,11 +3,11 @@
 #include "diagnostics/log_file.h"
 #include "diagnostics/log_line.h"
 #include "memory_files.h"
+#include "support/soak.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <vector>
 
 namespace
@@ -77,9 +77,12 @@ protected:
 
 TEST_F(LogFaults, FailingCallsCostTheirLineAtMost)
 {
+    std::uint64_t lines = 0;
+    std::uint64_t failures = 0;
+    std::uint64_t lost = 0;
     for (const FileCall call : {FileCall::Open, FileCall::Write, FileCall::Rename, FileCall::Remove, FileCall::Any})
     {
-        for (int from = 1; from <= (std::getenv("KY_SOAK") != nullptr ? 200 : 30); ++from)
+        for (int from = 1; from <= (ky::test::isSoak() ? 200 : 30); ++from)
         {
             for (const int count : {1, 4})
             {
@@ -97,12 +100,19 @@ TEST_F(LogFaults, FailingCallsCostTheirLineAtMost)
                 while (memoryFiles().calls < from + count || last < 30)
                     writeLine(log, ++last);
                 writeLine(log, ++last);
-                expectOnlyMissing(writtenNumbers(), last, static_cast<std::size_t>(count) + 1);
+                const std::vector<int> numbers = writtenNumbers();
+                expectOnlyMissing(numbers, last, static_cast<std::size_t>(count) + 1);
                 if (HasFailure())
                     return;
+                lines += static_cast<std::uint64_t>(last + 1);
+                failures += static_cast<std::uint64_t>(count);
+                const int missing = last - numbers.front() + 1 - static_cast<int>(numbers.size());
+                lost += static_cast<std::uint64_t>(std::max(missing - count - 1, 0));
             }
         }
     }
+    ky::test::account("log rotation", {lines, "lines"}, {failures, "failing calls"},
+                      {lost, "lines but the failing ones"});
 }
 
 TEST_F(LogFaults, AFileThatCannotBeRenamedGrowsAndRotatesLater)

@@ -3,6 +3,7 @@
 #include "diagnostics/fork_while_logging.h"
 #include "diagnostics/log_checker.h"
 #include "support/child_process.h"
+#include "support/soak.h"
 #include "support/temp_dir.h"
 
 #include <ky/kyLog.h>
@@ -11,18 +12,17 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cstdlib>
 #include <random>
 #include <thread>
 
 namespace
 {
 
+using ky::test::account;
 using ky::test::ChildProcess;
+using ky::test::isSoak;
 using ky::test::LogContent;
 using ky::test::TempDir;
-
-bool isSoak() { return std::getenv("KY_SOAK") != nullptr; }
 
 std::vector<std::string> writerArguments(const std::string& path, int maxSize, int keep, int writer, int threads,
                                          int lines)
@@ -33,13 +33,10 @@ std::vector<std::string> writerArguments(const std::string& path, int maxSize, i
     return arguments;
 }
 
-TEST(SharedLog, ManyWritersLoseNothing)
+void writeTogether(int maxSize, int keep, int lines)
 {
     constexpr int writers = 8;
     constexpr int threads = 4;
-    constexpr int keep = 128;
-    constexpr int maxSize = 64 * 1024;
-    const int lines = isSoak() ? 25000 : 500;
     const TempDir dir;
     const std::string path = dir.file("l\xC3\xB6g.txt");
     std::vector<ChildProcess> children;
@@ -48,7 +45,7 @@ TEST(SharedLog, ManyWritersLoseNothing)
     for (ChildProcess& child : children)
         EXPECT_EQ(child.wait(std::chrono::seconds(1000)), 0);
 
-    LogContent log = ky::test::readLog(path, keep, maxSize);
+    LogContent log = ky::test::readLog(path, keep, static_cast<std::size_t>(maxSize));
     const bool complete = log.rotatedFiles < keep;
     for (int w = 0; w < writers; ++w)
     {
@@ -58,10 +55,21 @@ TEST(SharedLog, ManyWritersLoseNothing)
     EXPECT_EQ(ky::test::describe(log), "");
     EXPECT_EQ(log.torn, std::vector<std::string>());
     EXPECT_GT(log.rotatedFiles, 3);
+    const auto written = static_cast<std::size_t>(writers * threads * lines);
     if (complete)
     {
-        EXPECT_EQ(log.lines, static_cast<std::size_t>(writers * threads * lines));
+        EXPECT_EQ(log.lines, written);
     }
+    account("log of many processes", {log.lines, "lines kept to the end"}, {},
+            {log.missing + log.torn.size(), "lines"});
+}
+
+TEST(SharedLog, ManyWritersLoseNothing)
+{
+    writeTogether(64 * 1024, 128, isSoak() ? 25000 : 500);
+    // Large enough to hold every line to the end.
+    if (isSoak())
+        writeTogether(4 * 1024 * 1024, 128, 25000);
 }
 
 TEST(SharedLog, KilledWritersCostTheirOwnLineAtMost)
@@ -104,17 +112,22 @@ TEST(SharedLog, KilledWritersCostTheirOwnLineAtMost)
         ky::test::expectRun(log, writer, thread, complete, writer == 50 ? 99 : -1);
     EXPECT_EQ(ky::test::describe(log), "");
     EXPECT_GT(everybody.size(), static_cast<std::size_t>(survivors * threads));
+    account("log of many processes", {log.lines, "lines kept to the end"}, {kills, "writers killed"},
+            {log.missing, "lines of others"});
 }
 
 TEST(SharedLog, AProcessThatLeavesWhileItLogsEnds)
 {
-    for (int i = 0; i < (isSoak() ? 300 : 5); ++i)
+    const int leaves = isSoak() ? 1000 : 5;
+    int lost = 0;
+    for (int i = 0; i < leaves; ++i)
     {
         const TempDir dir;
         ChildProcess child("log-leave", {dir.file("x.log"), "goodbye"});
         EXPECT_EQ(child.wait(), 0);
-        EXPECT_NE(ky::test::readFile(dir.file("x.log")).find("goodbye\r\n"), std::string::npos);
+        lost += ky::test::readFile(dir.file("x.log")).find("goodbye\r\n") == std::string::npos;
     }
+    account("start and end", {leaves, "exits while threads log"}, {}, {lost, "last lines"});
 }
 
 TEST(SharedLog, AForkedChildLogsWhileTheParentsThreadsDo)
@@ -170,6 +183,8 @@ TEST(SharedLog, AForkedChildLogsWhileTheParentsThreadsDo)
     for (int f = 0; complete && f < forks; ++f)
         ky::test::expectRun(log, 1 + f, 0, true, 0);
     EXPECT_EQ(ky::test::describe(log), "");
+    account("fork", {log.lines, "lines kept to the end"}, {forks, "forks while 4 threads log"},
+            {log.missing + static_cast<std::uint64_t>(blocked), "lines, children stuck"});
 }
 
 TEST(StandardOutput, GetsEveryTypeWithThePrefix)

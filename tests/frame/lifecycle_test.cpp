@@ -2,6 +2,7 @@
 #include "support/child_process.h"
 #include "support/process_state.h"
 #include "support/sanitizer.h"
+#include "support/soak.h"
 
 #include <ky/kyLog.h>
 #include <ky/kyMutex.h>
@@ -149,12 +150,17 @@ TEST(Lifecycle, TenThousandPairsLeaveTheProcessAsItWas)
     EXPECT_TRUE(std::equal(before.dispositions, before.dispositions + 3, after.dispositions)) << before << '\n'
                                                                                               << after;
     EXPECT_EQ(observedState(), 0);
+    ky::test::account("start and end", {rounds, "initializations and terminations"}, {},
+                      {ky::test::leftOver(before, after), "threads and descriptors left"});
 }
 
 TEST(Lifecycle, ExitWithoutTerminationEnds)
 {
-    ky::test::ChildProcess child("exit-initialized", {});
-    EXPECT_EQ(child.wait(), 0);
+    const int exits = ky::test::isSoak() ? 1000 : 1;
+    int failed = 0;
+    for (int i = 0; i < exits; ++i)
+        failed += ky::test::ChildProcess("exit-initialized", {}).wait() != 0;
+    ky::test::account("start and end", {exits, "exits without termination"}, {}, {failed, "exits that failed"});
 }
 
 TEST(EarlyUse, LocksMadeBeforeFullInitializationWarnAndWork)

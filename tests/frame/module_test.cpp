@@ -2,6 +2,7 @@
 // Loads a module that uses the library, into a program that does not.
 #include "support/child_process.h"
 #include "support/process_state.h"
+#include "support/soak.h"
 
 #include <gtest/gtest.h>
 
@@ -37,7 +38,8 @@ TEST(Module, UnloadedAfterTerminationLeavesNothing)
 {
     loadUseAndUnload(20);
     const ky::test::ProcessState before = ky::test::processState();
-    loadUseAndUnload(200);
+    const int loads = ky::test::isSoak() ? 1000 : 200;
+    loadUseAndUnload(loads);
     ky::test::ProcessState after;
     EXPECT_TRUE(ky::test::eventually(
         [&]
@@ -48,7 +50,9 @@ TEST(Module, UnloadedAfterTerminationLeavesNothing)
         << before << '\n'
         << after;
     // A load keeps the description of the processor, which static objects may ask for until the end.
-    EXPECT_LT(after.heapBytes, before.heapBytes + 200 * 2000);
+    EXPECT_LT(after.heapBytes, before.heapBytes + static_cast<std::size_t>(loads) * 2000);
+    ky::test::account("start and end", {loads, "loads and unloads"}, {},
+                      {ky::test::leftOver(before, after), "threads and descriptors left"});
 }
 
 TEST(Module, TheProgramEndsAlthoughTheModuleIsInUse)

@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "device_support.h"
+#include "process/pipe_pattern.h"
+#include "support/process_state.h"
+#include "support/soak.h"
 
 #include <ky/kyDataStream.h>
 #include <ky/kyIoDeviceBroadcast.h>
@@ -325,6 +328,63 @@ TEST(Adapters, WorkInARow)
         EXPECT_EQ(received.skipBytes(100), 1U);
         EXPECT_EQ(received.getReadBytes(), count * 12 + 2);
     }
+}
+
+/// Keeps nothing; checks that it gets the transformer's first byte, the pattern and the transformer's last byte.
+class PatternSink : public ScriptedDevice
+{
+public:
+    explicit PatternSink(std::uint64_t total) : mTotal(total) {}
+
+    std::size_t writeBytes(const char* data, std::size_t size) override
+    {
+        const std::size_t front = mHasBegun || size == 0 ? 0 : 1;
+        mHasBegun = mHasBegun || size > 0;
+        const auto inside = static_cast<std::size_t>(std::min<std::uint64_t>(size - front, missing()));
+        mWrong += !mPattern.check(data + front, inside);
+        return size;
+    }
+    std::uint64_t missing() const { return mTotal - mPattern.position(); }
+    std::uint64_t wrong() const { return mWrong; }
+
+private:
+    std::uint64_t mTotal;
+    ky::test::PipePattern mPattern{3};
+    std::uint64_t mWrong = 0;
+    bool mHasBegun = false;
+};
+
+TEST(Adapters, CarryAnyNumberOfBytesInLittleMemory)
+{
+    const std::uint64_t total = ky::test::isSoak() ? 10'000'000'000 : 20'000'000;
+    PatternSink sink(total);
+    ky::kyIoDeviceBroadcast broadcast({&sink});
+    ky::kyIoDeviceByteCounter sent;
+    Doubler doubler;
+    kyIoDeviceWriteStreamModifier modifier(&doubler);
+    ky::kyIoDeviceSignaler::Signal signal = [](kyIoDevice*) {};
+    ky::kyIoDeviceSignaler signaler(&signal, 1000000);
+    ky::kyIoDeviceByteCounter given;
+    sent.beginDelegation(&broadcast);
+    modifier.beginDelegation(&sent);
+    signaler.beginDelegation(&modifier);
+    given.beginDelegation(&signaler);
+
+    ky::test::PipePattern pattern(3);
+    std::vector<char> block(60'000);
+    const std::size_t before = ky::test::processState().heapBytes;
+    std::size_t most = before;
+    while (pattern.position() < total)
+    {
+        const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(block.size(), total - pattern.position()));
+        pattern.fill(block.data(), size);
+        ASSERT_EQ(given.writeBytes(block.data(), size), size);
+        most = std::max(most, ky::test::processState().heapBytes);
+    }
+    EXPECT_TRUE(given.endDelegation() && signaler.endDelegation() && modifier.endDelegation() && sent.endDelegation());
+    EXPECT_EQ(sent.getWrittenBytes(), total + 2);
+    EXPECT_LT(most, before + 20'000'000);
+    ky::test::account("devices", {total, "bytes through 5 adapters"}, {}, {sink.wrong() + sink.missing(), "bytes"});
 }
 
 } // namespace

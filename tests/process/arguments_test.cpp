@@ -124,11 +124,14 @@ TEST(ProcessArguments, ArriveAsDocumented)
     const int count = ky::test::isSoak() || !hasCommandLine() ? 20000 : 400;
     Texts batch;
     std::size_t bytes = 0;
+    std::uint64_t sent = 0;
+    std::uint64_t arrived = 0;
     for (int i = 0; i < count; ++i)
     {
         for (std::string& argument : lists.next())
         {
             bytes += argument.size() + 3;
+            ++sent;
             batch.push_back(std::move(argument));
         }
         if (bytes < mostBytes && i + 1 < count)
@@ -136,9 +139,11 @@ TEST(ProcessArguments, ArriveAsDocumented)
         Texts expected(batch.size());
         std::transform(batch.begin(), batch.end(), expected.begin(), &asDelivered);
         ASSERT_EQ(sentAndReceived(batch), expected);
+        arrived += batch.size();
         batch.clear();
         bytes = 0;
     }
+    ky::test::account("processes", {sent, "random arguments"}, {}, {sent - arrived, "arguments"});
 }
 
 TEST(ProcessArguments, LongOnesArriveOrDoNotStart)

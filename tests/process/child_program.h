@@ -2,10 +2,10 @@
 #pragma once
 
 #include "support/child_process.h"
+#include "support/soak.h"
 
 #include <ky/kyLockFile.h>
 
-#include <cstdlib>
 #include <string>
 
 namespace ky::test
@@ -16,8 +16,6 @@ inline std::string childProgram() { return binFolder() + "/ky_child"; }
 
 /// More than enough for what ends by itself, and the time-out where nothing is to time out.
 inline constexpr unsigned int amplyMs = 120000;
-
-inline bool isSoak() { return std::getenv("KY_SOAK") != nullptr; }
 
 /// Whether a process holds the lock file: it lives.
 inline bool isHeld(const std::string& lockPath)

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "process/command_line.h"
+#include "support/soak.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <random>
 
 namespace
@@ -124,7 +124,9 @@ TEST(CommandLine, NoArgumentBreaksOutOfItsQuotes)
     std::mt19937 random(1);
     const auto below = [&](unsigned int limit) { return static_cast<unsigned int>(random() % limit); };
     const std::string alphabet = "\"\"\\\\\\ \t\n%^&|!<>ab'\xC3";
-    for (int round = std::getenv("KY_SOAK") != nullptr ? 1000000 : 20000; round > 0; --round)
+    const int rounds = ky::test::isSoak() ? 1000000 : 20000;
+    int agreed = 0;
+    for (; agreed < rounds && !HasFailure(); agreed += HasFailure() ? 0 : 1)
     {
         Texts arguments(below(6));
         Texts expected = {"p q.exe"};
@@ -134,8 +136,9 @@ TEST(CommandLine, NoArgumentBreaksOutOfItsQuotes)
                 argument += alphabet[below(static_cast<unsigned int>(alphabet.size()))];
             expected.push_back(asItArrives(argument));
         }
-        ASSERT_EQ(splitAsWindowsDoes(quotedCommandLine("p q.exe", arguments)), expected);
+        EXPECT_EQ(splitAsWindowsDoes(quotedCommandLine("p q.exe", arguments)), expected);
     }
+    ky::test::account("processes", {rounds, "random command lines"}, {}, {rounds - agreed, "command lines"});
 }
 
 TEST(CommandLine, WhatNoQuotingHelpsInTheInterpreterIsRefused)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "process/pipe_pattern.h"
+#include "support/soak.h"
 
 #include <ky/kyNamedPipe.h>
 #include <ky/kyNamedPipeServer.h>
@@ -10,15 +11,12 @@
 
 #include <atomic>
 #include <chrono>
-#include <cstdlib>
 #include <memory>
 #include <random>
 #include <string>
 
 namespace ky::test
 {
-
-inline bool isSoak() { return std::getenv("KY_SOAK") != nullptr; }
 
 /// A name that no other test uses, nor another run.
 inline std::string uniquePipeName()

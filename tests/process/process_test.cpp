@@ -271,9 +271,32 @@ TEST(Process, ManyStartsLeaveNothingBehind)
     startSome(6);
     const std::size_t before = handles();
     // Those left to themselves are collected by any later query once they have ended.
-    startSome(ky::test::isSoak() ? 10000 : 40);
+    const int children = ky::test::isSoak() ? 10000 : 40;
+    startSome(children);
     EXPECT_TRUE(eventually([&] { return kyProcess().resetState() && handles() <= before; }))
         << before << " handles before, " << handles() << " after";
+    ky::test::account("processes", {children, "children one after the other"}, {children, "starts that fail"},
+                      {std::max(handles(), before) - before, "descriptors left open"});
+}
+
+TEST(Process, ManyAtOnceEndAsTheyShould)
+{
+    const int rounds = ky::test::isSoak() ? 32 : 1;
+    std::size_t started = 0;
+    int lost = 0;
+    for (int round = 0; round < rounds; ++round)
+    {
+        std::vector<kyProcess> children(ky::test::isSoak() ? 64 : 16);
+        for (std::size_t i = 0; i < children.size(); ++i)
+        {
+            ASSERT_TRUE(
+                children[i].startProcess(childProgram(), {"process_end", std::to_string(i)}, true, kyProcess::Inherit));
+        }
+        for (std::size_t i = 0; i < children.size(); ++i)
+            lost += !children[i].waitForFinished(amplyMs) || children[i].exitCode() != static_cast<int>(i);
+        started += children.size();
+    }
+    ky::test::account("processes", {started, "children at once"}, {}, {lost, "exit codes"});
 }
 
 TEST(Process, ObjectsOfDifferentThreadsAreIndependent)

@@ -1,10 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "support/process_state.h"
 
+#include <algorithm>
 #include <ostream>
 
 namespace ky::test
 {
+
+std::size_t leftOver(const ProcessState& before, const ProcessState& after)
+{
+    return std::max(after.threads, before.threads) - before.threads + std::max(after.handles, before.handles) -
+           before.handles;
+}
 
 std::ostream& operator<<(std::ostream& out, const ProcessState& state)
 {

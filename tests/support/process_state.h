@@ -19,6 +19,9 @@ struct ProcessState
 
 ProcessState processState();
 
+/// Threads and handles that were not given back.
+std::size_t leftOver(const ProcessState& before, const ProcessState& after);
+
 std::ostream& operator<<(std::ostream& out, const ProcessState& state);
 
 /// Whether a module is loaded; its file's name without "lib" and suffix.

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Numbers to text against streams of the classic locale.
+#include "support/soak.h"
+
 #include <ky/kyStringUtils.h>
 
 #include <array>
@@ -150,8 +152,9 @@ double randomReal(std::mt19937_64& random)
 TEST_F(NumberFormat, RealsAreThoseOfAStream)
 {
     std::mt19937_64 random(2);
-    const int rounds = std::getenv("KY_SOAK") != nullptr ? 5000000 : 200000;
-    for (int i = 0; i < rounds; ++i)
+    const int rounds = ky::test::isSoak() ? 5000000 : 200000;
+    int agreed = 0;
+    for (; agreed < rounds && !HasFailure(); agreed += HasFailure() ? 0 : 1)
     {
         const double value = randomReal(random);
         const auto pick = random();
@@ -159,13 +162,15 @@ TEST_F(NumberFormat, RealsAreThoseOfAStream)
         const bool fixed = pick % 3 == 0;
         if (std::isnan(value))
             continue;
-        ASSERT_EQ(S::fromFloat(value, precision, fixed), reference.real(value, precision, fixed))
+        EXPECT_EQ(S::fromFloat(value, precision, fixed), reference.real(value, precision, fixed))
             << std::hexfloat << value << ' ' << precision;
-        ASSERT_EQ(S::fromFloat(value, 3, false), reference.real(value, 3, false)) << std::hexfloat << value;
+        EXPECT_EQ(S::fromFloat(value, 3, false), reference.real(value, 3, false)) << std::hexfloat << value;
         const auto narrow = static_cast<float>(static_cast<double>(pick) * 1e-12);
-        ASSERT_EQ(S::fromFloat(narrow, precision, fixed),
+        EXPECT_EQ(S::fromFloat(narrow, precision, fixed),
                   reference.real(static_cast<double>(narrow), precision, fixed));
     }
+    ky::test::account("number texts", {rounds, "random numbers beside a stream's text"}, {},
+                      {rounds - agreed, "wrong texts"});
     for (int i = 0; i < 2000; ++i)
     {
         const double value = randomReal(random);
@@ -174,6 +179,21 @@ TEST_F(NumberFormat, RealsAreThoseOfAStream)
         {
             ASSERT_EQ(S::fromFloat(value, precision, i % 2 == 0), reference.real(value, precision, i % 2 == 0))
                 << std::hexfloat << value << ' ' << precision;
+        }
+    }
+}
+
+// Every number of 3 digits and every half between two of them, with their neighbours.
+TEST_F(NumberFormat, ShortRealsAreThoseOfAStreamAtEveryHalf)
+{
+    for (int exponent = -8; exponent < 24; ++exponent)
+    {
+        for (int halves = 199; halves <= 2001; ++halves)
+        {
+            const double value =
+                std::strtod((std::to_string(halves * 5) + "e" + std::to_string(exponent - 3)).c_str(), nullptr);
+            for (const double near : {value, std::nextafter(value, 0.0), -std::nextafter(value, 1e300)})
+                ASSERT_EQ(S::fromFloat(near, 3, false), reference.real(near, 3, false)) << std::hexfloat << near;
         }
     }
 }

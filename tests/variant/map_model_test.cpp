@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 // The map against std::map under random operations, and the shape of its tree.
+#include "support/soak.h"
 #include "variant/map_tree.h"
 #include "variant/variant_access.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <random>
 
@@ -131,17 +133,23 @@ private:
 
 TEST(VariantMapModel, RandomOperationsAgreeWithAPlainMap)
 {
-    for (unsigned seed = 1; seed <= 20; ++seed)
+    const bool soak = ky::test::isSoak();
+    const std::uint64_t wanted = soak ? 10'000'000 : 60'000;
+    std::uint64_t agreed = 0;
+    for (unsigned seed = 1; agreed < wanted && !HasFailure(); ++seed)
     {
         RandomOperations operations(seed);
-        for (int i = 0; i < 3000 && !testing::Test::HasFailure(); ++i)
+        for (int i = 0; i < 3000 && !HasFailure(); ++i)
         {
             operations.step();
-            if (i % 50 == 0)
+            if (i % (soak ? 500 : 50) == 0)
                 operations.check();
         }
         operations.check();
+        agreed += HasFailure() ? 0U : 3000U;
     }
+    ky::test::account("variants", {agreed, "random operations on maps"}, {},
+                      {wanted - std::min(agreed, wanted), "operations"});
 }
 
 TEST(VariantMapModel, SortedInsertionKeepsTheTreeLow)

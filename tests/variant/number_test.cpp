@@ -96,10 +96,12 @@ TEST(NumberParse, PlainNumbersAgreeWithTheGeneralFunctions)
     int answered = 0;
     for (int i = 0; i < 300000; ++i)
     {
-        static constexpr std::string_view alphabet = "0123456789012345678901234567890123456789.,-+ xXeEinNIfaz";
+        static constexpr std::string_view alphabet = "0123456789012345678901234567890123456789.,-+ xXeEinNIfaz/:";
         std::string text(1 + random() % (i % 2 == 0 ? 5 : 19), '?');
         for (char& c : text)
             c = alphabet[random() % (i % 8 < 4 ? 41 : alphabet.size())];
+        if (i % 16 == 1)
+            text.insert(0, random() % 2 == 0 ? "0x" : "-0X");
         std::int64_t integer = 1;
         std::int64_t expectedInteger = 2;
         double real = 1.0;
