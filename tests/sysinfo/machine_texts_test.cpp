@@ -25,7 +25,7 @@ TEST(SystemTree, TakesMountsApart)
                           "garbage\n"
                           " - \n"
                           "1 2 3:4 / relative rw - ext4 /dev/sda2 rw\n"
-                          "50 1 0:9 / /end\\7 rw - tmpfs tmpfs"}},
+                          "50 1 0:9 / /\\0x1\\0_0\\/00\\08\\end\\7 rw - tmpfs tmpfs"}},
                         {}};
     const std::vector<Mount> mounts = readMounts(fake.tree());
     ASSERT_EQ(mounts.size(), 3u);
@@ -35,7 +35,7 @@ TEST(SystemTree, TakesMountsApart)
     EXPECT_EQ(mounts[1].point, "/mnt/x\\y\t");
     EXPECT_EQ(mounts[1].source, "/dev/sda2");
     EXPECT_EQ(mounts[1].options, "rw,data=ordered");
-    EXPECT_EQ(mounts[2].point, "/end\\7");
+    EXPECT_EQ(mounts[2].point, "/\\0x1\\0_0\\/00\\08\\end\\7") << "no octal numbers of three digits";
     EXPECT_EQ(mounts[2].options, "");
 }
 

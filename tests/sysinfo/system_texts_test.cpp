@@ -236,6 +236,8 @@ TEST(OsText, Linux)
          "Linux Debian GNU/Linux 12 (bookworm) (v6.1.0, kernel 6.1.0-18-amd64)"},
         {"PRETTY_NAME='A \"B\"'", "5.15.167.4-x", "Linux A \"B\" (v5.15.167, kernel 5.15.167.4-x)"},
         {"PRETTY_NAME=\"a \\\"b\\\" \\$c", "6", "Linux a \"b\" $c (v6.0.0, kernel 6)"},
+        {"PRETTY_NAME_X=no\nPRETTY_NAME='a\\'b\n", "6", "Linux a\\ (v6.0.0, kernel 6)"},
+        {"PRETTY_NAME=\"a\\\n\"", "6", "Linux a\\ (v6.0.0, kernel 6)"},
         {"NAME=Alpine", "", "Linux Alpine (v0.0.0, kernel unknown)"},
         {"", "x.y", "Linux Unknown distribution (v0.0.0, kernel x.y)"},
         {"PRETTY_NAME=\"\xff\xff\"\nNAME=\"", "99999999999.1",
