@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <fstream>
+#include <locale>
 
 namespace ky::test
 {
@@ -37,6 +38,7 @@ inline void account(const char* subject, Count tried, Count survived, Count lost
     if (!isSoak() || file == nullptr)
         return;
     std::ofstream out(file, std::ios::app | std::ios::binary);
+    out.imbue(std::locale::classic());
     out << subject;
     for (const Count& count : {tried, survived, lost})
         out << '\t' << count.number << '\t' << count.what;
