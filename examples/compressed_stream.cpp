@@ -19,7 +19,21 @@ class Filter : public ky::kyIoDeviceDelegable
 {
 public:
     explicit Filter(int type) : kyIoDeviceDelegable(ReadDelegation, type), mInput(0x40000) {}
+    Filter(const Filter&) = delete;
+    Filter& operator=(const Filter&) = delete;
 
+    std::size_t readBytes(char* data, std::size_t size) override
+    {
+        if (mSource == nullptr || mError)
+            return fail();
+        const auto room = static_cast<uInt>(std::min<std::size_t>(size, std::numeric_limits<uInt>::max()));
+        mZlib.next_out = reinterpret_cast<Bytef*>(data);
+        mZlib.avail_out = room;
+        while (mZlib.avail_out > 0 && !mEnded && !mError)
+            if (!step(mZlib.avail_out < room))
+                break;
+        return room - mZlib.avail_out;
+    }
     std::size_t writeBytes(const char*, std::size_t) override { return fail(); }
     bool hasError() const override { return mError || (mSource != nullptr && mSource->hasError()); }
     bool atEnd() const override { return mEnded; }
@@ -32,10 +46,9 @@ public:
     {
         clearDelegation();
         mSource = source;
-        mZlib = {};
         mEnded = false;
-        mError = false;
-        return true;
+        mError = !start();
+        return !mError;
     }
     bool endDelegation() override
     {
@@ -46,6 +59,12 @@ public:
     void clearDelegation() override { mSource = nullptr; }
 
 protected:
+    /// Begins anew.
+    virtual bool start() = 0;
+
+    /// Puts some output into the room that zlib was given. False: no more for now.
+    virtual bool step(bool hasOutput) = 0;
+
     std::size_t fail()
     {
         mError = true;
@@ -62,23 +81,13 @@ protected:
     }
     bool isShort(std::size_t got) const { return got < mInput.size(); }
 
-    /// Where zlib is to put its output, and how much of it there is afterwards.
-    void setOutput(char* data, std::size_t size)
-    {
-        mRoom = static_cast<uInt>(std::min<std::size_t>(size, std::numeric_limits<uInt>::max()));
-        mZlib.next_out = reinterpret_cast<Bytef*>(data);
-        mZlib.avail_out = mRoom;
-    }
-    std::size_t produced() const { return mRoom - mZlib.avail_out; }
-
     z_stream mZlib = {};
-    ky::kyIoDevice* mSource = nullptr;
     bool mEnded = false;
     bool mError = false;
 
 private:
+    ky::kyIoDevice* mSource = nullptr;
     std::vector<char> mInput;
-    uInt mRoom = 0;
 };
 
 class Compressor : public Filter
@@ -86,43 +95,34 @@ class Compressor : public Filter
 public:
     Compressor() : Filter(0x1001) {}
     ~Compressor() override { deflateEnd(&mZlib); }
-    Compressor(const Compressor&) = delete;
-    Compressor& operator=(const Compressor&) = delete;
-
-    bool beginDelegation(ky::kyIoDevice* source) override
-    {
-        deflateEnd(&mZlib);
-        Filter::beginDelegation(source);
-        mDrained = true;
-        mFlush = Z_NO_FLUSH;
-        mError = deflateInit(&mZlib, Z_DEFAULT_COMPRESSION) != Z_OK;
-        return !mError;
-    }
-
-    std::size_t readBytes(char* data, std::size_t size) override
-    {
-        if (mSource == nullptr || mError)
-            return fail();
-        setOutput(data, size);
-        while (mZlib.avail_out > 0 && !mEnded && !mError)
-        {
-            if (mDrained)
-            {
-                if (mFlush != Z_NO_FLUSH && produced() > 0)
-                    break;
-                // A short answer: no more for now, so what was compressed is handed out. Only an empty one is the end.
-                const std::size_t got = refill();
-                mFlush = got == 0 ? Z_FINISH : isShort(got) ? Z_SYNC_FLUSH : Z_NO_FLUSH;
-            }
-            const int result = deflate(&mZlib, mFlush);
-            mDrained = mZlib.avail_out > 0;
-            mEnded = result == Z_STREAM_END;
-            mError = result == Z_STREAM_ERROR;
-        }
-        return produced();
-    }
 
 private:
+    bool start() override
+    {
+        deflateEnd(&mZlib);
+        mZlib = {};
+        mDrained = true;
+        mFlush = Z_NO_FLUSH;
+        return deflateInit(&mZlib, Z_DEFAULT_COMPRESSION) == Z_OK;
+    }
+
+    bool step(bool hasOutput) override
+    {
+        if (mDrained)
+        {
+            if (mFlush != Z_NO_FLUSH && hasOutput)
+                return false;
+            // A short answer: no more for now, so what was compressed is handed out. Only an empty one is the end.
+            const std::size_t got = refill();
+            mFlush = got == 0 ? Z_FINISH : isShort(got) ? Z_SYNC_FLUSH : Z_NO_FLUSH;
+        }
+        const int result = deflate(&mZlib, mFlush);
+        mDrained = mZlib.avail_out > 0;
+        mEnded = result == Z_STREAM_END;
+        mError = result == Z_STREAM_ERROR;
+        return true;
+    }
+
     bool mDrained = true; ///< zlib holds no more output for the input it was given
     int mFlush = Z_NO_FLUSH;
 };
@@ -132,34 +132,24 @@ class Decompressor : public Filter
 public:
     Decompressor() : Filter(0x1002) {}
     ~Decompressor() override { inflateEnd(&mZlib); }
-    Decompressor(const Decompressor&) = delete;
-    Decompressor& operator=(const Decompressor&) = delete;
 
-    bool beginDelegation(ky::kyIoDevice* source) override
+private:
+    bool start() override
     {
         inflateEnd(&mZlib);
-        Filter::beginDelegation(source);
-        mError = inflateInit(&mZlib) != Z_OK;
-        return !mError;
+        mZlib = {};
+        return inflateInit(&mZlib) == Z_OK;
     }
 
-    std::size_t readBytes(char* data, std::size_t size) override
+    bool step(bool) override
     {
-        if (mSource == nullptr || mError)
-            return fail();
-        setOutput(data, size);
-        while (mZlib.avail_out > 0 && !mEnded && !mError)
-        {
-            if (mZlib.avail_in == 0 && refill() == 0)
-            {
-                mError = true; // the file ends before its content does
-                break;
-            }
-            const int result = inflate(&mZlib, Z_NO_FLUSH);
-            mEnded = result == Z_STREAM_END;
-            mError = result != Z_OK && result != Z_BUF_ERROR && !mEnded;
-        }
-        return produced();
+        // The file ends before its content does.
+        if (mZlib.avail_in == 0 && refill() == 0)
+            return fail() != 0;
+        const int result = inflate(&mZlib, Z_NO_FLUSH);
+        mEnded = result == Z_STREAM_END;
+        mError = result != Z_OK && result != Z_BUF_ERROR && !mEnded;
+        return true;
     }
 };
 

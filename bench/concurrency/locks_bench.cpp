@@ -8,6 +8,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <mutex>
@@ -137,6 +138,19 @@ struct StdPair
     std::condition_variable condition;
 };
 
+/// What every lock does at least: one interlocked instruction to take it, one to find out whether somebody waits.
+struct BareLock
+{
+    void lock()
+    {
+        int expected = 0;
+        while (!word.compare_exchange_weak(expected, 1, std::memory_order_acquire))
+            expected = 0;
+    }
+    void unlock() { benchmark::DoNotOptimize(word.exchange(0, std::memory_order_release)); }
+    std::atomic<int> word{0};
+};
+
 template <typename Semaphore>
 void acquireRelease(benchmark::State& state, Semaphore& semaphore)
 {
@@ -165,6 +179,7 @@ struct KyNamed
 BENCHMARK(uncontended<ky::kyMutex>)->Name("mutex/uncontended/ky");
 BENCHMARK(uncontended<std::recursive_mutex>)->Name("mutex/uncontended/std_recursive");
 BENCHMARK(uncontended<std::mutex>)->Name("mutex/uncontended/std_plain");
+BENCHMARK(uncontended<BareLock>)->Name("mutex/uncontended/floor");
 BENCHMARK(twoThreads<ky::kyMutex>)->Name("mutex/two_threads/ky")->Threads(2)->UseRealTime();
 BENCHMARK(twoThreads<std::recursive_mutex>)->Name("mutex/two_threads/std_recursive")->Threads(2)->UseRealTime();
 BENCHMARK(twoThreads<std::mutex>)->Name("mutex/two_threads/std_plain")->Threads(2)->UseRealTime();

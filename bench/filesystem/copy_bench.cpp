@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Copying a file of 256 MB, beside what one would write instead.
+#include "scratch_folder.h"
+
 #include <ky/kyDirUtils.h>
 
 #include <benchmark/benchmark.h>
@@ -25,9 +27,8 @@ constexpr std::size_t blockSize = 1u << 20;
 class Pair
 {
 public:
-    Pair() : mFolder(fs::temp_directory_path() / ("ky_bench_copy_" + std::to_string(std::random_device()())))
+    Pair()
     {
-        fs::create_directories(mFolder);
         std::ofstream out(source(), std::ios::binary);
         std::string block(blockSize, '\0');
         std::minstd_rand random(1);
@@ -38,14 +39,9 @@ public:
             out.write(block.data(), static_cast<std::streamsize>(block.size()));
         }
     }
-    ~Pair()
-    {
-        std::error_code ignored;
-        fs::remove_all(mFolder, ignored);
-    }
 
-    std::string source() const { return (mFolder / "source").generic_string(); }
-    std::string destination() const { return (mFolder / "destination").generic_string(); }
+    std::string source() const { return (mScratch.path() / "source").generic_string(); }
+    std::string destination() const { return (mScratch.path() / "destination").generic_string(); }
 
     static const Pair& get()
     {
@@ -54,7 +50,7 @@ public:
     }
 
 private:
-    fs::path mFolder;
+    ky::bench::ScratchFolder mScratch;
 };
 
 using Copy = std::function<bool(const std::string& source, const std::string& destination)>;

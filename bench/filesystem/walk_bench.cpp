@@ -2,6 +2,7 @@
 // Walking a tree of 20 000 files in 500 folders, the name of every file as a text, and the path texts that programs
 // make most often.
 #include "floor.h"
+#include "scratch_folder.h"
 
 #include <ky/kyDirUtils.h>
 
@@ -9,7 +10,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <random>
 #include <string>
 
 #if defined(KY_PEER_QT)
@@ -35,32 +35,28 @@ constexpr std::size_t fileCount = folderCount * filesPerFolder;
 class Tree
 {
 public:
-    Tree() : mRoot(fs::temp_directory_path() / ("ky_bench_walk_" + std::to_string(std::random_device()())))
+    Tree()
     {
+        const fs::path& root = mScratch.path();
         for (std::size_t i = 0; i < folderCount; ++i)
         {
-            const fs::path folder = i < 20 ? mRoot / ("group" + std::to_string(i))
-                                           : mRoot / ("group" + std::to_string(i % 20)) / ("part" + std::to_string(i));
+            const fs::path folder = i < 20 ? root / ("group" + std::to_string(i))
+                                           : root / ("group" + std::to_string(i % 20)) / ("part" + std::to_string(i));
             fs::create_directories(folder);
             for (std::size_t file = 0; file < filesPerFolder; ++file)
                 std::ofstream(folder / ("document_" + std::to_string(file) + ".txt"));
         }
     }
-    ~Tree()
-    {
-        std::error_code ignored;
-        fs::remove_all(mRoot, ignored);
-    }
 
     static const std::string& root()
     {
         static const Tree tree;
-        static const std::string text = tree.mRoot.generic_string();
+        static const std::string text = tree.mScratch.path().generic_string();
         return text;
     }
 
 private:
-    fs::path mRoot;
+    ky::bench::ScratchFolder mScratch;
 };
 
 void finish(benchmark::State& state, std::size_t found)

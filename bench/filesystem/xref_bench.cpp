@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Resolving references of another machine against 20 000 files in 500 folders: every name in one folder, and a name
 // that every folder has. The peer is what is written by hand: paths in a hash map by name, tails compared as text.
+#include "scratch_folder.h"
+
 #include <ky/kyDirUtils.h>
 #include <ky/kyXRefResolverSearchPath.h>
 
@@ -9,7 +11,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <random>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -27,21 +28,17 @@ constexpr std::size_t filesPerFolder = 40;
 class Tree
 {
 public:
-    Tree() : mRoot(fs::temp_directory_path() / ("ky_bench_xref_" + std::to_string(std::random_device()())))
+    Tree()
     {
+        const fs::path& root = mScratch.path();
         for (std::size_t i = 0; i < folderCount; ++i)
         {
-            const fs::path folder = mRoot / ("group" + std::to_string(i % 20)) / ("part" + std::to_string(i));
+            const fs::path folder = root / ("group" + std::to_string(i % 20)) / ("part" + std::to_string(i));
             fs::create_directories(folder);
             std::ofstream(folder / "index.html");
             for (std::size_t file = 1; file < filesPerFolder; ++file)
                 std::ofstream(folder / nameOf(i, file));
         }
-    }
-    ~Tree()
-    {
-        std::error_code ignored;
-        fs::remove_all(mRoot, ignored);
     }
 
     static std::string nameOf(std::size_t folder, std::size_t file)
@@ -52,12 +49,12 @@ public:
     static const std::string& root()
     {
         static const Tree tree;
-        static const std::string text = tree.mRoot.generic_string();
+        static const std::string text = tree.mScratch.path().generic_string();
         return text;
     }
 
 private:
-    fs::path mRoot;
+    ky::bench::ScratchFolder mScratch;
 };
 
 /// As a document on another machine would store them.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Reads values of all types from hostile bytes, in both orders, through a device that may answer short and lie. The
 // first bytes choose what is read; texts and numbers that come out of it must follow the encoding, and writing them
-// again must give the bytes that were read.
+// again must give the bytes that were read. Where the device behaves, memory in its place gives the same.
 #include "text/require.h"
 
 #include <ky/kyDataStream.h>
@@ -96,6 +96,26 @@ void readValue(unsigned kind, kyDataStream& in, kyDataStream& out)
     }
 }
 
+constexpr std::size_t head = 2;
+constexpr std::size_t planSize = 8;
+
+/// Reads values as the plan says, and writes what came out of them. How many bytes were understood.
+std::size_t readPlan(const std::uint8_t* plan, ky::kyIoDevice& device, kyDataStream::Endianness order,
+                     ky::kyIoDeviceMemory& copy)
+{
+    kyDataStream in(&device, order);
+    kyDataStream out(&copy, order);
+    std::size_t understood = 0;
+    for (std::size_t i = 0; in.isOk() && i < 1000; ++i)
+    {
+        readValue(plan[i % planSize] % 8U, in, out);
+        understood = in.isOk() ? static_cast<std::size_t>(device.tellg()) : understood;
+    }
+    readFlag(in);
+    KY_REQUIRE(out.isOk());
+    return understood;
+}
+
 } // namespace
 
 // Room for gigabytes costs a sanitizer real memory and the fuzzer its speed: it is refused here.
@@ -114,31 +134,27 @@ void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); 
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    constexpr std::size_t head = 2;
-    constexpr std::size_t plan = 8;
-    if (size < head + plan)
+    if (size < head + planSize)
         return 0;
     const auto order = data[0] % 2 == 0 ? kyDataStream::LittleEndian : kyDataStream::BigEndian;
     const std::size_t most = data[0] < 192 ? SIZE_MAX : data[0] % 16U;
     const std::size_t extra = data[1] < 192 ? 0 : data[1] == 255 ? SIZE_MAX / 2 : data[1] % 4U;
-    const std::uint8_t* const bytes = data + head + plan;
-    const std::size_t byteCount = size - head - plan;
+    const std::uint8_t* const bytes = data + head + planSize;
+    const std::size_t byteCount = size - head - planSize;
 
     HostileDevice device(bytes, byteCount, most, extra);
-    kyDataStream in(&device, order);
     ky::kyIoDeviceMemory copy;
-    kyDataStream out(&copy, order);
-    std::size_t understood = 0;
-    for (std::size_t i = 0; in.isOk() && i < 1000; ++i)
-    {
-        readValue(data[head + i % plan] % 8U, in, out);
-        understood = in.isOk() ? static_cast<std::size_t>(device.tellg()) : understood;
-    }
-    readFlag(in);
-    KY_REQUIRE(out.isOk());
+    const std::size_t understood = readPlan(data + head, device, order, copy);
     if (extra != 0)
         return 0; // a lie that happens to be the size asked for cannot be seen through
     KY_REQUIRE(copy.getData().size() == understood);
     KY_REQUIRE(understood == 0 || std::memcmp(copy.getData().data(), bytes, understood) == 0);
+    if (most == SIZE_MAX)
+    {
+        ky::kyIoDeviceMemory memory(std::vector<char>(bytes, bytes + byteCount));
+        ky::kyIoDeviceMemory copyOfMemory;
+        KY_REQUIRE(readPlan(data + head, memory, order, copyOfMemory) == understood);
+        KY_REQUIRE(copyOfMemory.getData() == copy.getData());
+    }
     return 0;
 }

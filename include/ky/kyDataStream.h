@@ -13,6 +13,7 @@
 
 #include <ky/kyExport.h>
 #include <ky/kyIoDevice.h>
+#include <ky/kyIoDeviceMemory.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -66,8 +67,9 @@ inline std::uint64_t reverseBytes(std::uint64_t value)
 /// targets keep their value, but bools become false and texts empty. Nothing is thrown, running out of memory for a
 /// text included.
 ///
-/// Every value is one call of the device (texts are two). The device is not owned and outlives the stream; without one
-/// (null) every operation fails. Not for use from several threads at once.
+/// Every value is one call of the device (texts are two), but a kyIoDeviceMemory is worked on directly. The device is
+/// not owned and outlives the stream; without one (null) every operation fails. Not for use from several threads at
+/// once.
 class kyDataStream
 {
 public:
@@ -79,7 +81,12 @@ public:
     };
 
     /// The device is not owned; null makes every operation fail.
-    kyDataStream(kyIoDevice* device, Endianness endianness) : mDevice(device), mEndianness(endianness) {}
+    kyDataStream(kyIoDevice* device, Endianness endianness)
+        : mDevice(device),
+          mMemory(kyIoDeviceMemory::exactly(device)),
+          mEndianness(endianness)
+    {
+    }
 
     /// Writes the bytes of one value, as the table above has them.
     /// @{
@@ -182,17 +189,17 @@ public:
     /// no notice of `isOk()` and do not change it. True when the device moved exactly that many bytes; a read that
     /// comes back short leaves what it got, in the host's order, too.
     /// @{
-    bool write1Byte(const char* bytes) { return writeExactly(bytes, 1); }
-    bool write2BytesLittleEndian(const char* bytes) { return writeExactly(bytes, 2); }
-    bool write4BytesLittleEndian(const char* bytes) { return writeExactly(bytes, 4); }
-    bool write8BytesLittleEndian(const char* bytes) { return writeExactly(bytes, 8); }
+    bool write1Byte(const char* bytes) { return writeExactly<1>(bytes); }
+    bool write2BytesLittleEndian(const char* bytes) { return writeExactly<2>(bytes); }
+    bool write4BytesLittleEndian(const char* bytes) { return writeExactly<4>(bytes); }
+    bool write8BytesLittleEndian(const char* bytes) { return writeExactly<8>(bytes); }
     bool write2BytesBigEndian(const char* bytes) { return writeSwapped<std::uint16_t>(bytes); }
     bool write4BytesBigEndian(const char* bytes) { return writeSwapped<std::uint32_t>(bytes); }
     bool write8BytesBigEndian(const char* bytes) { return writeSwapped<std::uint64_t>(bytes); }
-    bool read1Byte(char* bytes) { return readExactly(bytes, 1); }
-    bool read2BytesLittleEndian(char* bytes) { return readExactly(bytes, 2); }
-    bool read4BytesLittleEndian(char* bytes) { return readExactly(bytes, 4); }
-    bool read8BytesLittleEndian(char* bytes) { return readExactly(bytes, 8); }
+    bool read1Byte(char* bytes) { return readExactly<1>(bytes); }
+    bool read2BytesLittleEndian(char* bytes) { return readExactly<2>(bytes); }
+    bool read4BytesLittleEndian(char* bytes) { return readExactly<4>(bytes); }
+    bool read8BytesLittleEndian(char* bytes) { return readExactly<8>(bytes); }
     bool read2BytesBigEndian(char* bytes) { return readSwapped<std::uint16_t>(bytes); }
     bool read4BytesBigEndian(char* bytes) { return readSwapped<std::uint32_t>(bytes); }
     bool read8BytesBigEndian(char* bytes) { return readSwapped<std::uint64_t>(bytes); }
@@ -203,40 +210,45 @@ private:
     using Bits =
         std::conditional_t<Size == 2, std::uint16_t, std::conditional_t<Size == 4, std::uint32_t, std::uint64_t>>;
 
-    bool writeExactly(const char* bytes, std::size_t size)
+    template <std::size_t Size>
+    bool writeExactly(const char* bytes)
     {
-        return mDevice != nullptr && mDevice->writeBytes(bytes, size) == size;
+        if (mMemory != nullptr && mMemory->overwrite(bytes, Size))
+            return true;
+        return mDevice != nullptr && mDevice->writeBytes(bytes, Size) == Size;
     }
 
-    bool readExactly(char* bytes, std::size_t size)
+    template <std::size_t Size>
+    bool readExactly(char* bytes)
     {
-        return mDevice != nullptr && mDevice->readBytes(bytes, size) == size;
-    }
-
-    template <typename T>
-    static void reverse(char* to, const char* from)
-    {
-        T bits;
-        std::memcpy(&bits, from, sizeof bits);
-        bits = impl::reverseBytes(bits);
-        std::memcpy(to, &bits, sizeof bits);
+        if (mMemory != nullptr && mMemory->get(bytes, Size))
+            return true;
+        return mDevice != nullptr && mDevice->readBytes(bytes, Size) == Size;
     }
 
     template <typename T>
     bool writeSwapped(const char* bytes)
     {
-        char swapped[sizeof(T)];
-        reverse<T>(swapped, bytes);
-        return writeExactly(swapped, sizeof swapped);
+        T bits;
+        std::memcpy(&bits, bytes, sizeof bits);
+        bits = impl::reverseBytes(bits);
+        return writeExactly<sizeof(T)>(reinterpret_cast<const char*>(&bits));
     }
 
     template <typename T>
     bool readSwapped(char* bytes)
     {
-        if (mDevice == nullptr)
-            return false;
-        const bool complete = mDevice->readBytes(bytes, sizeof(T)) == sizeof(T);
-        reverse<T>(bytes, bytes);
+        T bits;
+        bool complete = mMemory != nullptr && mMemory->get(&bits, sizeof bits);
+        if (!complete)
+        {
+            if (mDevice == nullptr)
+                return false;
+            complete = mDevice->readBytes(bytes, sizeof(T)) == sizeof(T);
+            std::memcpy(&bits, bytes, sizeof bits);
+        }
+        bits = impl::reverseBytes(bits);
+        std::memcpy(bytes, &bits, sizeof bits);
         return complete;
     }
 
@@ -247,9 +259,9 @@ private:
         {
             const char* bytes = reinterpret_cast<const char*>(&value);
             if constexpr (sizeof(T) == 1)
-                mOk = writeExactly(bytes, 1);
+                mOk = writeExactly<1>(bytes);
             else
-                mOk = mEndianness == BigEndian ? writeSwapped<Bits<sizeof(T)>>(bytes) : writeExactly(bytes, sizeof(T));
+                mOk = mEndianness == BigEndian ? writeSwapped<Bits<sizeof(T)>>(bytes) : writeExactly<sizeof(T)>(bytes);
         }
         return *this;
     }
@@ -261,9 +273,9 @@ private:
         {
             char* bytes = reinterpret_cast<char*>(&value);
             if constexpr (sizeof(T) == 1)
-                mOk = readExactly(bytes, 1);
+                mOk = readExactly<1>(bytes);
             else
-                mOk = mEndianness == BigEndian ? readSwapped<Bits<sizeof(T)>>(bytes) : readExactly(bytes, sizeof(T));
+                mOk = mEndianness == BigEndian ? readSwapped<Bits<sizeof(T)>>(bytes) : readExactly<sizeof(T)>(bytes);
         }
         return *this;
     }
@@ -274,6 +286,7 @@ private:
     void getText(Container& text);
 
     kyIoDevice* mDevice;
+    kyIoDeviceMemory* mMemory; ///< mDevice when it is nothing but that, otherwise null
     Endianness mEndianness;
     bool mOk = true;
 };

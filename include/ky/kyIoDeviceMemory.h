@@ -6,6 +6,9 @@
 
 #include <ky/kyIoDevice.h>
 
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <utility>
 #include <vector>
 
@@ -55,6 +58,44 @@ public:
     std::uint64_t tellp() override;
 
 private:
+    // Moves values without a call for each.
+    friend class kyDataStream;
+
+    /// `device` when it is of this very class, otherwise null: a derived class sees every call.
+    static kyIoDeviceMemory* exactly(kyIoDevice* device) noexcept;
+
+    /// False, with nothing moved, unless all `size` bytes are there.
+    bool get(void* to, std::size_t size) noexcept
+    {
+        if (mData.size() - mReadPos < size)
+            return false;
+        std::memcpy(to, mData.data() + mReadPos, size);
+        mReadPos += size;
+        return true;
+    }
+
+    /// The same for a whole text. Where memory runs out, nothing is moved either.
+    template <typename Container>
+    bool getText(Container& to, std::size_t size)
+    {
+        if (mData.size() - mReadPos < size)
+            return false;
+        const char* const from = mData.data() + mReadPos;
+        to.assign(from, from + size);
+        mReadPos += size;
+        return true;
+    }
+
+    /// False, with nothing moved, where the array would have to grow.
+    bool overwrite(const void* from, std::size_t size) noexcept
+    {
+        if (mData.size() - mWritePos < size)
+            return false;
+        std::memcpy(mData.data() + mWritePos, from, size);
+        mWritePos += size;
+        return true;
+    }
+
     std::size_t writeOverEnd(const char* data, std::size_t size);
     bool seek(std::size_t& position, std::int64_t offset, SeekStart start) const;
 

@@ -104,7 +104,7 @@ public:
     /// no type gives the null variant.
     explicit kyVariant(Type type) : payload_{}, type_(Type::Unknown) { createZero(type); }
     /// A `String` holding a copy of the NUL-terminated `text`, which must not be null.
-    kyVariant(const char* text);
+    kyVariant(const char* text) : kyVariant(std::string_view(text)) {}
     /// A `String`, `StringList`, `List` or `Map`: a copy of the argument, or what was moved from it.
     ///@{
     kyVariant(std::string_view text);
@@ -492,11 +492,11 @@ private:
         Links* parent;
         Links* left;
         Links* right;
+        Links* next; ///< in key order
         int balance;
     };
     struct Node;
 
-    static const Links* nextOf(const Links* links) noexcept;
     static const Links* previousOf(const Links* links) noexcept;
 
 public:
@@ -523,13 +523,13 @@ public:
         [[nodiscard]] pointer operator->() const noexcept { return &**this; }
         BasicIterator& operator++() noexcept
         {
-            links_ = nextOf(links_);
+            links_ = links_->next;
             return *this;
         }
         BasicIterator operator++(int) noexcept
         {
             const BasicIterator old = *this;
-            links_ = nextOf(links_);
+            links_ = links_->next;
             return old;
         }
         BasicIterator& operator--() noexcept
@@ -657,7 +657,7 @@ public:
     friend KY_API std::ostream& operator<<(std::ostream& out, const kyVariantMapImpl& map);
 
 private:
-    /// parent: the root; left: the first entry; right: the last entry; itself where the map is empty (root: null).
+    /// parent: the root or null; left and next: the first entry, right: the last one, this itself where there is none.
     Links head_;
     std::size_t size_;
 };

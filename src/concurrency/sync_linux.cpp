@@ -4,8 +4,6 @@
 
 #include "platform/compiler.h"
 
-#include <pthread.h>
-
 namespace ky::impl::native
 {
 
@@ -19,18 +17,21 @@ enum LockState : std::uint32_t
     TakenWithSleepers = 2
 };
 
-/// Turns of the spin loop before a thread goes to sleep: about the cost of one sleep and wake.
-constexpr int spinTurns = 40;
+/// Looks at the lock before a thread goes to sleep, the pauses between them doubling: about the cost of one sleep and
+/// wake. Rare looks leave the lock's memory with the processor of the owner.
+constexpr int spinLooks = 6;
+
+/// Its address names the calling thread, also in a child that the thread forks.
+thread_local constinit char tSelf KY_STATIC_TLS = 0;
 
 } // namespace
 
-/// The owner is known by its pthread_self(), which a forked child inherits for the thread that forked. `depth` counts
-/// the levels beyond the first and belongs to the owner.
+/// `depth` counts the levels beyond the first and belongs to the owner.
 struct RecursiveLock
 {
     std::atomic<std::uint32_t> state{Free};
     std::uint32_t depth = 0;
-    std::atomic<pthread_t> owner{};
+    std::atomic<const char*> owner{};
 };
 
 RecursiveLock* createRecursiveLock() { return new RecursiveLock; }
@@ -55,14 +56,15 @@ void takeAsleep(RecursiveLock& lock) noexcept
 
 KY_NOINLINE void takeSlowly(RecursiveLock& lock) noexcept
 {
-    for (int turn = 0; turn < spinTurns; ++turn)
+    for (int look = 0; look < spinLooks; ++look)
     {
+        for (int pauses = 1 << look; pauses > 0; --pauses)
+            KY_SPIN_PAUSE();
         const std::uint32_t state = lock.state.load(std::memory_order_relaxed);
         if (state == Free && take(lock))
             return;
         if (state == TakenWithSleepers)
             break;
-        KY_SPIN_PAUSE();
     }
     takeAsleep(lock);
 }
@@ -71,7 +73,7 @@ KY_NOINLINE void takeSlowly(RecursiveLock& lock) noexcept
 
 void enter(RecursiveLock& lock) noexcept
 {
-    const pthread_t self = pthread_self();
+    const char* const self = &tSelf;
     if (lock.owner.load(std::memory_order_relaxed) == self)
     {
         ++lock.depth;
@@ -84,7 +86,7 @@ void enter(RecursiveLock& lock) noexcept
 
 bool tryEnter(RecursiveLock& lock) noexcept
 {
-    const pthread_t self = pthread_self();
+    const char* const self = &tSelf;
     if (lock.owner.load(std::memory_order_relaxed) == self)
     {
         ++lock.depth;
@@ -103,15 +105,12 @@ void leave(RecursiveLock& lock) noexcept
         --lock.depth;
         return;
     }
-    lock.owner.store(pthread_t{}, std::memory_order_relaxed);
+    lock.owner.store(nullptr, std::memory_order_relaxed);
     if (lock.state.exchange(Free, std::memory_order_release) == TakenWithSleepers)
         futexWake(lock.state, 1);
 }
 
-bool isInside(const RecursiveLock& lock) noexcept
-{
-    return lock.owner.load(std::memory_order_relaxed) == pthread_self();
-}
+bool isInside(const RecursiveLock& lock) noexcept { return lock.owner.load(std::memory_order_relaxed) == &tSelf; }
 
 /// A sleeper waits for a change of `sequence`. Wakers that change the predicate under the lock see every sleeper
 /// counted that read the predicate before, because sleepers count themselves under the lock.
@@ -139,7 +138,7 @@ bool sleep(ConditionVariable& condition, RecursiveLock& lock, std::uint32_t limi
     // The waker may hold the lock for a while yet: spinning now would only keep it from its processor.
     if (!take(lock))
         takeAsleep(lock);
-    lock.owner.store(pthread_self(), std::memory_order_relaxed);
+    lock.owner.store(&tSelf, std::memory_order_relaxed);
     return woken;
 }
 

@@ -5,6 +5,7 @@
 #include <new>
 #include <pthread.h>
 #include <sys/mman.h>
+#include <utility>
 
 namespace ky::impl::native
 {
@@ -20,15 +21,33 @@ constexpr std::size_t guardSize = (sizeof(ThreadGuard) + page - 1) / page * page
 /// Lowest page, signal stack, the thread's record.
 constexpr std::size_t wholeSize = page + signalStackSize + guardSize;
 
+/// Mapping and unmapping its memory costs more than the rest of starting a thread: that much is kept for others.
+constexpr int mostSpares = 32;
+
 struct AllGuards
 {
     std::mutex mutex;
     ThreadGuard* first = nullptr;
+    ThreadGuard* spare = nullptr; ///< of threads that have ended, linked by `next`
+    int spareLimit = mostSpares;  ///< how many more may be kept
 };
 
 constinit AllGuards sAll;
 
-void* lowestPageOf(ThreadGuard* guard) noexcept { return reinterpret_cast<char*>(guard) - signalStackSize - page; }
+void* mapGuard() noexcept
+{
+    void* const memory =
+        mmap(nullptr, wholeSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_STACK, -1, 0);
+    if (memory == MAP_FAILED)
+        return nullptr;
+    mprotect(memory, page, PROT_NONE);
+    return static_cast<char*>(memory) + page + signalStackSize;
+}
+
+void unmapGuard(ThreadGuard* guard) noexcept
+{
+    munmap(reinterpret_cast<char*>(guard) - signalStackSize - page, wholeSize);
+}
 
 void addToAll(ThreadGuard* guard) noexcept
 {
@@ -39,12 +58,71 @@ void addToAll(ThreadGuard* guard) noexcept
     sAll.first = guard;
 }
 
-void removeFromAll(const ThreadGuard* guard) noexcept
+/// Whether the memory is kept for another thread.
+bool removeFromAll(ThreadGuard* guard) noexcept
 {
     const std::lock_guard lock(sAll.mutex);
     (guard->previous == nullptr ? sAll.first : guard->previous->next) = guard->next;
     if (guard->next != nullptr)
         guard->next->previous = guard->previous;
+    if (sAll.spareLimit == 0)
+        return false;
+    --sAll.spareLimit;
+    guard->next = std::exchange(sAll.spare, guard);
+    return true;
+}
+
+void* takeSpare() noexcept
+{
+    const std::lock_guard lock(sAll.mutex);
+    ThreadGuard* const guard = sAll.spare;
+    if (guard == nullptr)
+        return nullptr;
+    sAll.spare = guard->next;
+    ++sAll.spareLimit;
+    return guard;
+}
+
+/// Gives the spares back when the library is unloaded.
+struct SpareKeeper
+{
+    ~SpareKeeper()
+    {
+        const std::lock_guard lock(sAll.mutex);
+        sAll.spareLimit = 0;
+        while (ThreadGuard* const guard = sAll.spare)
+        {
+            sAll.spare = guard->next;
+            unmapGuard(guard);
+        }
+    }
+};
+const SpareKeeper spareKeeper;
+
+/// A signal stack that the thread has made for itself stays.
+void offerSignalStack(ThreadGuard& guard) noexcept
+{
+    stack_t& own = guard.ownSignalStack;
+    own.ss_sp = reinterpret_cast<char*>(&guard) - signalStackSize;
+    own.ss_size = signalStackSize;
+    stack_t present = {};
+    if (sigaltstack(&own, &present) == 0)
+    {
+        if ((present.ss_flags & SS_DISABLE) != 0)
+            return;
+        sigaltstack(&present, nullptr);
+    }
+    own = {};
+}
+
+void takeBackSignalStack(const ThreadGuard& guard) noexcept
+{
+    stack_t none = {};
+    none.ss_flags = SS_DISABLE;
+    stack_t present = {};
+    sigaltstack(&none, &present);
+    if (present.ss_sp != guard.ownSignalStack.ss_sp)
+        sigaltstack(&present, nullptr);
 }
 
 /// At the end of the thread.
@@ -55,17 +133,11 @@ struct Release
         ThreadGuard* const guard = tGuard;
         if (guard == nullptr)
             return;
-        stack_t present = {};
-        sigaltstack(nullptr, &present);
-        if (guard->ownSignalStack.ss_sp != nullptr && present.ss_sp == guard->ownSignalStack.ss_sp)
-        {
-            stack_t none = {};
-            none.ss_flags = SS_DISABLE;
-            sigaltstack(&none, nullptr);
-        }
+        if (guard->ownSignalStack.ss_sp != nullptr)
+            takeBackSignalStack(*guard);
         tGuard = nullptr;
-        removeFromAll(guard);
-        munmap(lowestPageOf(guard), wholeSize);
+        if (!removeFromAll(guard))
+            unmapGuard(guard);
     }
     void arm() const noexcept {}
 };
@@ -83,18 +155,6 @@ void measureStack(ThreadGuard& guard) noexcept
     pthread_attr_destroy(&attributes);
     guard.stackLow = reinterpret_cast<std::uintptr_t>(low);
     guard.stackHigh = guard.stackLow + size;
-}
-
-/// A signal stack that the thread has made for itself stays.
-void offerSignalStack(ThreadGuard& guard) noexcept
-{
-    stack_t present = {};
-    sigaltstack(nullptr, &present);
-    if ((present.ss_flags & SS_DISABLE) == 0)
-        return;
-    guard.ownSignalStack.ss_sp = reinterpret_cast<char*>(&guard) - signalStackSize;
-    guard.ownSignalStack.ss_size = signalStackSize;
-    sigaltstack(&guard.ownSignalStack, nullptr);
 }
 
 void holdForFork() noexcept { sAll.mutex.lock(); }
@@ -115,12 +175,11 @@ const int registered = pthread_atfork(&holdForFork, &releaseAfterFork, &keepOwnI
 
 ThreadGuard* makeThreadGuard() noexcept
 {
-    void* const memory =
-        mmap(nullptr, wholeSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_STACK, -1, 0);
-    if (memory == MAP_FAILED)
+    void* const spare = takeSpare();
+    void* const place = spare != nullptr ? spare : mapGuard();
+    if (place == nullptr)
         return nullptr;
-    mprotect(memory, page, PROT_NONE);
-    auto* const guard = new (static_cast<char*>(memory) + page + signalStackSize) ThreadGuard{};
+    auto* const guard = new (place) ThreadGuard{};
     measureStack(*guard);
     offerSignalStack(*guard);
     tRelease.arm();

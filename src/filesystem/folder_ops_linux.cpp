@@ -127,7 +127,7 @@ std::string uniqueName(const std::string& folder, const std::string& prefix)
     start += start.back() == '/' ? prefix : "/" + prefix;
     for (int i = 0; i < nameTries; ++i)
     {
-        const std::string name = start + randomName() + ".tmp";
+        std::string name = start + randomName() + ".tmp";
         const PathAt at(name);
         const int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
         const int file = retryInterrupted([&] { return openat(at.folder(), at.name(), flags, S_IRUSR | S_IWUSR); });

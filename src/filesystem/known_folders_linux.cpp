@@ -113,7 +113,7 @@ std::string firstOf(std::string_view folders, std::string_view name)
     {
         const std::string_view folder = folders.substr(0, folders.find(':'));
         folders.remove_prefix(std::min(folder.size() + 1, folders.size()));
-        const std::string candidate = name.empty() ? std::string(folder) : below(std::string(folder), name);
+        std::string candidate = name.empty() ? std::string(folder) : below(std::string(folder), name);
         if (isAbsolute(candidate) && isThere(candidate))
             return candidate;
     }

@@ -178,8 +178,11 @@ XRefResolverFileSystemVisitor::XRefResolverFileSystemVisitor(const XRefResolverF
 
 XRefResolverFileSystemVisitor& XRefResolverFileSystemVisitor::operator=(const XRefResolverFileSystemVisitor& other)
 {
-    FileSystemVisitor::operator=(other);
-    mCancel = other.mCancel;
+    if (this != &other)
+    {
+        FileSystemVisitor::operator=(other);
+        mCancel = other.mCancel; // the builder belongs to the walk that is under way
+    }
     return *this;
 }
 

@@ -103,6 +103,8 @@ FileSystemVisitor::FileSystemVisitor(const FileSystemVisitor& other) { *this = o
 
 FileSystemVisitor& FileSystemVisitor::operator=(const FileSystemVisitor& other)
 {
+    if (this == &other)
+        return *this;
     mRecursive = other.mRecursive;
     mCaseInsensitive = other.mCaseInsensitive;
     mFilterList = other.mFilterList;

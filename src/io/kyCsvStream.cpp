@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "io/csv_scan.h"
-#include "io/three_digits.h"
+#include "text/real_format.h"
 
 #include <ky/kyCsvStream.h>
 #include <ky/kyIoDevice.h>
@@ -103,7 +103,7 @@ kyCsvStream& kyCsvStream::operator<<(float value) { return *this << static_cast<
 
 kyCsvStream& kyCsvStream::operator<<(double value)
 {
-    const impl::ThreeDigitText text(value);
+    const impl::ShortReal text(value, 3);
     writeCell(text.view().data(), text.view().size());
     return *this;
 }

@@ -29,19 +29,23 @@ void kyDataStream::putText(const Container& text)
         return;
     }
     put(static_cast<std::uint32_t>(text.size()));
-    if (mOk && !text.empty())
-        mOk = mDevice->writeBytes(text.data(), text.size()) == text.size();
+    if (!mOk || text.empty() || (mMemory != nullptr && mMemory->overwrite(text.data(), text.size())))
+        return;
+    mOk = mDevice->writeBytes(text.data(), text.size()) == text.size();
 }
 
 template <typename Container>
 void kyDataStream::getText(Container& text)
 {
-    text.clear();
     std::uint32_t size = 0;
-    if (!get(size).mOk || size == 0)
-        return;
+    get(size);
     try
     {
+        if (mOk && size <= directLimit && mMemory != nullptr && mMemory->getText(text, size))
+            return;
+        text.clear();
+        if (!mOk || size == 0)
+            return;
         if (size <= directLimit)
         {
             text.resize(size);

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstring>
 #include <exception>
+#include <typeinfo>
 
 namespace ky
 {
@@ -30,6 +31,14 @@ void copyBytes(char* to, const char* from, std::size_t size)
 } // namespace
 
 kyIoDeviceMemory::~kyIoDeviceMemory() = default;
+
+kyIoDeviceMemory* kyIoDeviceMemory::exactly(kyIoDevice* device) noexcept
+{
+    if (device == nullptr)
+        return nullptr;
+    const kyIoDevice& target = *device;
+    return typeid(target) == typeid(kyIoDeviceMemory) ? static_cast<kyIoDeviceMemory*>(device) : nullptr;
+}
 
 std::vector<char> kyIoDeviceMemory::takeData()
 {

@@ -53,6 +53,8 @@
 // have to allocate it first.
 #if (defined(__GNUC__) || defined(__clang__)) && defined(__linux__)
 #define KY_STATIC_TLS __attribute__((tls_model("initial-exec")))
+#define KY_HAS_STATIC_TLS 1
 #else
 #define KY_STATIC_TLS
+#define KY_HAS_STATIC_TLS 0
 #endif

@@ -36,10 +36,13 @@ std::string programFromHere(const std::string& program)
     return kyDirUtils::JoinPath(kyDirUtils::GetCurrentWorkingDirUtf8(), program);
 }
 
-/// The text itself where no path can be made of it: the system then tells why.
+/// The system would take the text before a NUL for the whole.
+bool holdsNul(const std::string& text) { return text.find('\0') != std::string::npos; }
+
+/// The text itself where no path can be made of it: starting then fails and tells why.
 std::string absoluteFolder(const std::string& folder)
 {
-    std::string path = kyDirUtils::GetAbsolutePathUtf8(folder);
+    std::string path = holdsNul(folder) ? std::string() : kyDirUtils::GetAbsolutePathUtf8(folder);
     return path.empty() ? folder : path;
 }
 
@@ -54,12 +57,12 @@ native::Priority nativePriority(kyProcess::ProcessPriority priority)
     }
 }
 
-/// The system would take the text before a NUL for the whole.
 bool holdsNul(const StartOrder& order)
 {
-    const auto holds = [](const std::string& text) { return text.find('\0') != std::string::npos; };
-    const auto holdsAny = [&](const auto& texts) { return std::any_of(texts.begin(), texts.end(), holds); };
-    return holds(order.program) || holds(order.folder) || holdsAny(order.arguments) || holdsAny(order.environment);
+    const auto anyHolds = [](const auto& texts)
+    { return std::any_of(texts.begin(), texts.end(), [](const std::string& text) { return holdsNul(text); }); };
+    return holdsNul(order.program) || holdsNul(order.folder) || anyHolds(order.arguments) ||
+           anyHolds(order.environment);
 }
 
 /// False when there is no safe way to pass the texts.

@@ -71,7 +71,7 @@ std::string describe(const SystemTree& tree, const GraphicsCard& adapter, const 
     // A virtual device sits on a bus of its own, which sits on the PCI device.
     if (parsePciId(lineValue(tree.read(adapter.folder + "/../uevent"), "PCI_ID", '='), vendor, device))
         return names.find(vendor, device);
-    const std::string compatible = cleanLine(lineValue(text, "OF_COMPATIBLE_0", '='));
+    std::string compatible = cleanLine(lineValue(text, "OF_COMPATIBLE_0", '='));
     if (!compatible.empty())
         return compatible;
     return adapter.driver.empty() ? "Unknown display adapter" : adapter.driver + " display adapter";

@@ -15,7 +15,7 @@ std::string deviceFolder(const SystemTree& tree, const Mount& mount)
 {
     if (mount.device.compare(0, 2, "0:") != 0)
     {
-        const std::string folder = tree.resolve("/sys/dev/block/" + mount.device);
+        std::string folder = tree.resolve("/sys/dev/block/" + mount.device);
         if (!folder.empty())
             return folder;
     }

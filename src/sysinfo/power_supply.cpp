@@ -2,6 +2,7 @@
 #include "sysinfo/power_supply.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace ky::impl
 {
@@ -63,15 +64,27 @@ void addBattery(const SystemTree& tree, const std::string& folder, Supplies& sup
     addEnergy(tree, folder, supplies);
 }
 
+void addSupply(const SystemTree& tree, const std::string& folder, Supplies& supplies)
+{
+    const std::string text = tree.read(folder + "/type");
+    const std::string_view type = trimmed(text);
+    if (type == "Battery" || type == "UPS")
+        return addBattery(tree, folder, supplies);
+    if (type.empty())
+        return;
+    const std::int64_t online = leadingNumber(tree.read(folder + "/online"));
+    supplies.plugs |= online >= 0;
+    supplies.plugged |= online > 0;
+}
+
 int percentOf(const Supplies& supplies)
 {
     // Batteries of different size weigh differently; a single one tells best itself.
-    if (supplies.batteries > 1 && supplies.measured == supplies.batteries)
-        return static_cast<int>(supplies.energy / supplies.fullEnergy * 100 + 0.5);
-    if (supplies.known > 0)
-        return static_cast<int>(supplies.percents / supplies.known + 0.5);
+    const bool weighs = supplies.batteries > 1 && supplies.measured == supplies.batteries;
+    if (supplies.known > 0 && !weighs)
+        return static_cast<int>(std::lround(supplies.percents / supplies.known));
     if (supplies.measured > 0)
-        return static_cast<int>(supplies.energy / supplies.fullEnergy * 100 + 0.5);
+        return static_cast<int>(std::lround(supplies.energy / supplies.fullEnergy * 100));
     return -1;
 }
 
@@ -80,21 +93,8 @@ int percentOf(const Supplies& supplies)
 PowerStatus powerFromSupplies(const SystemTree& tree)
 {
     Supplies supplies;
-    const std::string all = "/sys/class/power_supply";
-    for (const std::string& name : tree.list(all))
-    {
-        const std::string folder = all + "/" + name;
-        const std::string text = tree.read(folder + "/type");
-        const std::string_view type = trimmed(text);
-        if (type == "Battery" || type == "UPS")
-            addBattery(tree, folder, supplies);
-        else if (!type.empty())
-        {
-            const std::int64_t online = leadingNumber(tree.read(folder + "/online"));
-            supplies.plugs |= online >= 0;
-            supplies.plugged |= online > 0;
-        }
-    }
+    for (const std::string& name : tree.list("/sys/class/power_supply"))
+        addSupply(tree, "/sys/class/power_supply/" + name, supplies);
     PowerStatus status;
     status.hasBattery = supplies.batteries > 0;
     status.isCharging = supplies.charging;

@@ -80,7 +80,7 @@ std::string programPath()
 {
     const std::string target = linkTarget("/proc/self/exe");
     struct stat found;
-    const std::string program = programOf(target, ::stat(target.c_str(), &found) == 0);
+    std::string program = programOf(target, ::stat(target.c_str(), &found) == 0);
     if (!program.empty())
         return program;
     // Without /proc: what the program was started as, which may lead from the folder that was current then.

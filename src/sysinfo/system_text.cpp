@@ -228,7 +228,7 @@ std::string pciDeviceName(std::string_view list, std::uint16_t vendor, std::uint
             continue;
         const std::string deviceName = cleanLine(line.substr(start.size()));
         if (!deviceName.empty())
-            return name + " " + deviceName;
+            return name.append(" ").append(deviceName);
     }
     if (name.empty())
         return "PCI device " + hexDigits(vendor) + ":" + hexDigits(device);

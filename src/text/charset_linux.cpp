@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "text/charset_native.h"
 
+#include "text/utf8_decode.h"
 #include "text/utf8_scan.h"
 
 #include <algorithm>
@@ -42,56 +43,15 @@ char toAnsi(wchar_t character)
     return special == windows1252.end() ? '?' : static_cast<char>(firstSpecial + (special - windows1252.begin()));
 }
 
-unsigned byteAt(std::string_view text, std::size_t position)
-{
-    return position < text.size() ? static_cast<unsigned char>(text[position]) : 0U;
-}
-
-/// Length of what one U+FFFD stands for at the start of an ill-formed text: the longest beginning of a well-formed
-/// sequence, or one byte.
-std::size_t illFormedLength(std::string_view text)
-{
-    const unsigned lead = byteAt(text, 0);
-    if (lead < 0xC2 || lead > 0xF4)
-        return 1;
-    const unsigned second = byteAt(text, 1);
-    const unsigned lowest = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
-    const unsigned highest = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
-    if (second < lowest || second > highest)
-        return 1;
-    const bool thirdFits = lead >= 0xF0 && (byteAt(text, 2) & 0xC0U) == 0x80U;
-    return thirdFits ? 3 : 2;
-}
-
-/// Appends the code points of a well-formed text.
-void appendWellFormed(std::string_view text, std::wstring& out)
-{
-    for (std::size_t i = 0; i < text.size();)
-    {
-        const unsigned lead = byteAt(text, i);
-        const std::size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-        unsigned value = length == 1 ? lead : lead & (0x7FU >> length);
-        for (std::size_t next = i + 1; next < i + length; ++next)
-            value = (value << 6) | (byteAt(text, next) & 0x3FU);
-        out.push_back(static_cast<wchar_t>(value));
-        i += length;
-    }
-}
-
-void decodeUtf8(std::string_view text, std::wstring& out)
+void appendCodePoints(std::string_view text, std::wstring& out)
 {
     const Utf8Count count = countUtf8(text.data(), text.size());
     out.reserve(count.wellFormed ? count.codePoints : text.size());
     while (!text.empty())
     {
-        const std::size_t prefix = validUtf8Prefix(text.data(), text.size());
-        appendWellFormed(text.substr(0, prefix), out);
-        text.remove_prefix(prefix);
-        if (!text.empty())
-        {
-            out.push_back(replacementCharacter);
-            text.remove_prefix(illFormedLength(text));
-        }
+        const DecodedCharacter character = decodeUtf8(text);
+        out.push_back(static_cast<wchar_t>(character.value));
+        text.remove_prefix(character.length);
     }
 }
 
@@ -126,7 +86,7 @@ bool decode(CodePage page, std::string_view text, std::wstring& out)
 {
     out.clear();
     if (page == CodePage::Utf8)
-        decodeUtf8(text, out);
+        appendCodePoints(text, out);
     else
     {
         out.resize(text.size());

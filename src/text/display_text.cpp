@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <cstring>
 #include <iterator>
 
 namespace ky::impl
@@ -113,6 +115,17 @@ private:
     bool mEndsWithJoiner = false;
 };
 
+constexpr std::size_t wordSize = sizeof(std::uint64_t);
+
+/// Whether all bytes of a word are printable ASCII: none below ' ', above '~', or with the top bit.
+bool isPlainWord(const char* bytes)
+{
+    constexpr std::uint64_t ones = 0x0101010101010101U;
+    std::uint64_t word = 0;
+    std::memcpy(&word, bytes, wordSize);
+    return ((word | (word - ones * ' ') | (word + ones)) & ones << 7) == 0;
+}
+
 } // namespace
 
 DisplayCharacter firstDisplayCharacter(std::string_view text) noexcept
@@ -145,8 +158,11 @@ DisplayCharacter firstDisplayCharacter(std::string_view text) noexcept
 
 std::size_t plainPrefix(std::string_view text) noexcept
 {
-    const auto special = std::find_if(text.begin(), text.end(), [](char byte) { return byte < ' ' || byte > '~'; });
-    const auto length = static_cast<std::size_t>(special - text.begin());
+    std::size_t length = 0;
+    while (text.size() - length >= wordSize && isPlainWord(text.data() + length))
+        length += wordSize;
+    while (length != text.size() && text[length] >= ' ' && text[length] <= '~')
+        ++length;
     return length == text.size() || length == 0 ? length : length - 1;
 }
 

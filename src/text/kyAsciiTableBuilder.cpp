@@ -28,6 +28,12 @@ struct CellSize
 CellSize appendCellText(std::string& out, std::string_view text)
 {
     CellSize size;
+    if (impl::plainPrefix(text) == text.size())
+    {
+        out += text;
+        size.width = text.size();
+        return size;
+    }
     for (;;)
     {
         const std::size_t end = text.find('\n');

@@ -45,7 +45,7 @@ template <typename Sequence>
 int compareSequences(const Sequence& a, const Sequence& b)
 {
     const auto order = a <=> b;
-    return order < 0 ? -1 : (order > 0 ? 1 : 0);
+    return std::is_lt(order) ? -1 : std::is_gt(order) ? 1 : 0;
 }
 
 template <typename Word>

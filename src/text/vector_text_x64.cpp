@@ -173,15 +173,13 @@ std::size_t encodeHex(const char* bytes, std::size_t size, const char* sixteenDi
     return done;
 }
 
-/// Values of 16 digits; `valid` gets 255 at digits and 0 elsewhere.
-KY_TARGET("ssse3") inline __m128i digitValues(__m128i text, __m128i& valid)
+/// Values of 16 digits; anything above 15 is no digit. Saturation keeps what lies beside either range out of it.
+KY_TARGET("ssse3") inline __m128i digitValues(__m128i text)
 {
-    const __m128i decimal = _mm_sub_epi8(text, fill('0'));
-    const __m128i letter = _mm_sub_epi8(_mm_or_si128(text, fill(0x20)), fill('a'));
-    const __m128i isDecimal = _mm_cmpeq_epi8(_mm_min_epu8(decimal, fill(9)), decimal);
-    const __m128i isLetter = _mm_cmpeq_epi8(_mm_min_epu8(letter, fill(5)), letter);
-    valid = _mm_or_si128(isDecimal, isLetter);
-    return _mm_or_si128(_mm_and_si128(isDecimal, decimal), _mm_and_si128(isLetter, _mm_add_epi8(letter, fill(10))));
+    const __m128i decimal = _mm_sub_epi8(_mm_subs_epu8(_mm_add_epi8(text, fill(0xFF - '9')), fill(6)), fill(0xF0));
+    const __m128i upper = _mm_and_si128(text, fill(0xDF));
+    const __m128i letter = _mm_adds_epu8(_mm_sub_epi8(upper, fill('A')), fill(10));
+    return _mm_min_epu8(decimal, letter);
 }
 
 KY_TARGET("ssse3") std::size_t decodeHex(const char* text, std::size_t pairs, char* out) noexcept
@@ -190,11 +188,9 @@ KY_TARGET("ssse3") std::size_t decodeHex(const char* text, std::size_t pairs, ch
     std::size_t done = 0;
     for (; pairs - done >= 16; done += 16)
     {
-        __m128i validA;
-        __m128i validB;
-        const __m128i a = digitValues(load(text + 2 * done), validA);
-        const __m128i b = digitValues(load(text + 2 * done + 16), validB);
-        if (_mm_movemask_epi8(_mm_and_si128(validA, validB)) != 0xFFFF)
+        const __m128i a = digitValues(load(text + 2 * done));
+        const __m128i b = digitValues(load(text + 2 * done + 16));
+        if (_mm_movemask_epi8(_mm_adds_epu8(_mm_max_epu8(a, b), fill(0x7F - 15))) != 0)
             break;
         store(out + done, _mm_packus_epi16(_mm_maddubs_epi16(a, weights), _mm_maddubs_epi16(b, weights)));
     }

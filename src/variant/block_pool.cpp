@@ -1,62 +1,21 @@
 // SPDX-License-Identifier: MIT
 #include "variant/block_pool.h"
 
-#include "platform/compiler.h"
-
-// KY_KEEP_BLOCKS is set by the build where thread-local variables cost next to nothing. Sanitizers see every block.
-#if defined(KY_KEEP_BLOCKS) && !defined(KY_SANITIZED)
-#include "variant/slab_store.h"
-
-#include <array>
-#include <cstdint>
-#include <utility>
-#endif
-
 namespace ky::impl
 {
 
-#if defined(KY_KEEP_BLOCKS) && !defined(KY_SANITIZED)
+#if KY_KEEP_BLOCKS
+thread_local constinit BlockStore tBlocks{};
+
 namespace
 {
 
-constexpr std::size_t largestBlock = largestBlockClass * blockStep;
 constexpr std::size_t stackBytes = 32 * 1024;
 
 constexpr std::uint32_t stackLimit(std::size_t sizeClass) noexcept
 {
     return static_cast<std::uint32_t>(stackBytes / (sizeClass * blockStep));
 }
-
-/// The blocks of one size that a thread has at hand. Two stacks, so that a thread that allocates and frees around the
-/// brim of one does not run to the slabs each time.
-struct Shelf
-{
-    FreeBlock* first;
-    char* fresh;
-    char* freshEnd;
-    FreeBlock* full; ///< a second stack, filled to the limit, or null
-    std::uint32_t room;
-};
-
-enum class StoreState : std::uint32_t
-{
-    New,
-    Open,
-    Closed
-};
-
-/// Trivially destructible, so that it can be asked until the very end of its thread. All zeros: nothing is there, and
-/// the first block to be allocated or freed opens the store.
-struct Store
-{
-    std::array<Shelf, largestBlockClass + 1> shelves;
-    StoreState state;
-};
-
-constinit thread_local Store store{};
-
-/// 0 stands for the sizes that are not pooled.
-std::size_t classOf(std::size_t size) noexcept { return size <= largestBlock ? (size + blockStep - 1) / blockStep : 0; }
 
 struct StoreKeeper
 {
@@ -67,23 +26,25 @@ void openStore() noexcept
 {
     static thread_local StoreKeeper keeper;
     static_cast<void>(&keeper);
-    store.state = StoreState::Open;
+    tBlocks.state = BlockStoreState::Open;
     for (std::size_t i = 1; i <= largestBlockClass; ++i)
-        store.shelves[i].room = stackLimit(i);
+        tBlocks.shelves[i].room = stackLimit(i);
 }
 
-KY_NOINLINE void* refill(std::size_t sizeClass, std::size_t size)
+} // namespace
+
+void* refillShelf(std::size_t sizeClass, std::size_t size)
 {
     if (sizeClass == 0)
         return ::operator new(size);
-    if (store.state == StoreState::New)
+    if (tBlocks.state == BlockStoreState::New)
         openStore();
-    Shelf& shelf = store.shelves[sizeClass];
+    BlockShelf& shelf = tBlocks.shelves[sizeClass];
     FreeBlock* block = std::exchange(shelf.full, nullptr);
     shelf.room = block != nullptr ? 0 : shelf.room;
     if (block == nullptr)
     {
-        const bool open = store.state == StoreState::Open;
+        const bool open = tBlocks.state == BlockStoreState::Open;
         const BlockSupply supply = takeBlocks(sizeClass, open ? stackLimit(sizeClass) : 1);
         if (supply.chain == nullptr)
         {
@@ -95,21 +56,21 @@ KY_NOINLINE void* refill(std::size_t sizeClass, std::size_t size)
         shelf.room -= open ? static_cast<std::uint32_t>(supply.chainLength) : 0;
     }
     shelf.first = block->next;
-    shelf.room += store.state == StoreState::Open ? 1 : 0;
+    shelf.room += tBlocks.state == BlockStoreState::Open ? 1 : 0;
     return block;
 }
 
-KY_NOINLINE void makeRoom(void* memory, std::size_t sizeClass) noexcept
+void makeRoomOnShelf(void* memory, std::size_t sizeClass) noexcept
 {
     if (sizeClass == 0)
     {
         ::operator delete(memory);
         return;
     }
-    if (store.state == StoreState::New)
+    if (tBlocks.state == BlockStoreState::New)
         openStore();
-    Shelf& shelf = store.shelves[sizeClass];
-    if (store.state == StoreState::Closed)
+    BlockShelf& shelf = tBlocks.shelves[sizeClass];
+    if (tBlocks.state == BlockStoreState::Closed)
     {
         returnBlocks(sizeClass, ::new (memory) FreeBlock{nullptr});
         return;
@@ -123,56 +84,20 @@ KY_NOINLINE void makeRoom(void* memory, std::size_t sizeClass) noexcept
     shelf.first = ::new (memory) FreeBlock{shelf.first};
 }
 
-} // namespace
-
-void* allocateBlock(std::size_t size)
-{
-    const std::size_t sizeClass = classOf(size);
-    Shelf& shelf = store.shelves[sizeClass];
-    if (FreeBlock* const block = shelf.first)
-    {
-        shelf.first = block->next;
-        ++shelf.room;
-        return block;
-    }
-    if (KY_UNLIKELY(shelf.fresh == shelf.freshEnd))
-        return refill(sizeClass, size);
-    void* const block = shelf.fresh;
-    shelf.fresh += sizeClass * blockStep;
-    return block;
-}
-
-void freeBlock(void* block, std::size_t size) noexcept
-{
-    const std::size_t sizeClass = classOf(size);
-    Shelf& shelf = store.shelves[sizeClass];
-    if (KY_UNLIKELY(shelf.room == 0))
-    {
-        makeRoom(block, sizeClass);
-        return;
-    }
-    --shelf.room;
-    shelf.first = ::new (block) FreeBlock{shelf.first};
-}
-
 void stopKeepingBlocks() noexcept
 {
-    store.state = StoreState::Closed;
+    tBlocks.state = BlockStoreState::Closed;
     for (std::size_t i = 1; i <= largestBlockClass; ++i)
     {
-        Shelf& shelf = store.shelves[i];
+        BlockShelf& shelf = tBlocks.shelves[i];
         for (; shelf.fresh != shelf.freshEnd; shelf.fresh += i * blockStep)
             shelf.first = ::new (shelf.fresh) FreeBlock{shelf.first};
         returnBlocks(i, shelf.first);
         returnBlocks(i, shelf.full);
-        shelf = Shelf{};
+        shelf = BlockShelf{};
     }
 }
 #else
-void* allocateBlock(std::size_t size) { return ::operator new(size); }
-
-void freeBlock(void* block, std::size_t) noexcept { ::operator delete(block); }
-
 void stopKeepingBlocks() noexcept {}
 #endif
 

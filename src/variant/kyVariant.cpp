@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <ky/kyVariant.h>
 
+#include "platform/compiler.h"
 #include "variant/block_pool.h"
 #include "variant/variant_access.h"
 
@@ -116,13 +117,23 @@ void tearDown(Container current) noexcept
     }
 }
 
+/// Apart from the strings, which are destroyed most often: what this needs on the stack is not theirs.
+KY_NOINLINE void destroyObject(Type type, void* object) noexcept
+{
+    switch (type)
+    {
+    case Type::StringList: impl::destroyInBlock(static_cast<StringList*>(object)); break;
+    case Type::List:
+    case Type::Map: tearDown(Container{object, type}); break;
+    default: impl::freeBlock(object, impl::numberCount(type) * sizeof(double)); break;
+    }
+}
+
 } // namespace
 
 const kyVariant kyVariant::sNullVariant;
 
 kyVariant::UserDataInterface::~UserDataInterface() = default;
-
-kyVariant::kyVariant(const char* text) : kyVariant(std::string_view(text)) {}
 
 kyVariant::kyVariant(std::string_view text) : kyVariant()
 {
@@ -250,24 +261,18 @@ kyVariant& kyVariant::assignCopy(const kyVariant& other)
 void kyVariant::destroyPayload() noexcept
 {
     void* const object = payload_.object;
-    if (type_ == Type::String && object != nullptr)
+    if (KY_LIKELY(type_ == Type::String && object != nullptr))
     {
         payload_ = Payload();
         impl::destroyInBlock(static_cast<std::string*>(object));
         return;
     }
-    UserDataInterface* const user = payload_.user;
+    UserDataInterface* const user = type_ == Type::UserData ? payload_.user : nullptr;
     payload_ = Payload();
-    if (object == nullptr)
-        return;
-    switch (type_)
-    {
-    case Type::StringList: impl::destroyInBlock(static_cast<StringList*>(object)); break;
-    case Type::List:
-    case Type::Map: tearDown(Container{object, type_}); break;
-    case Type::UserData: delete user; break;
-    default: impl::freeBlock(object, impl::numberCount(type_) * sizeof(double)); break;
-    }
+    if (type_ == Type::UserData)
+        delete user;
+    else if (object != nullptr)
+        destroyObject(type_, object);
 }
 
 std::string kyVariant::getTypeAsString() const

@@ -26,24 +26,6 @@ int MapTree::compare(std::string_view key, std::uint64_t prefix, const Node& nod
     return key.compare(node.entry.first);
 }
 
-MapTree::Links* MapTree::next(Links* links) noexcept
-{
-    if (links->right != nullptr)
-    {
-        links = links->right;
-        while (links->left != nullptr)
-            links = links->left;
-        return links;
-    }
-    Links* parent = links->parent;
-    while (!isHead(parent) && links == parent->right)
-    {
-        links = parent;
-        parent = parent->parent;
-    }
-    return parent;
-}
-
 MapTree::Links* MapTree::previous(Links* links) noexcept
 {
     if (isHead(links))
@@ -66,7 +48,7 @@ MapTree::Links* MapTree::previous(Links* links) noexcept
 
 void MapTree::reset(Map& map) noexcept
 {
-    map.head_ = Links{nullptr, &map.head_, &map.head_, headMark};
+    map.head_ = Links{nullptr, &map.head_, &map.head_, &map.head_, headMark};
     map.size_ = 0;
 }
 
@@ -76,6 +58,7 @@ void MapTree::take(Map& to, Map& from) noexcept
         return;
     to.head_ = from.head_;
     to.head_.parent->parent = &to.head_;
+    to.head_.right->next = &to.head_;
     to.size_ = from.size_;
     reset(from);
 }
@@ -120,7 +103,7 @@ MapTree::Place MapTree::searchNear(Map& map, std::string_view key, std::uint64_t
         return search(map, key, prefix);
     for (int i = 0; i < steps; ++i)
     {
-        Links* const behind = next(hint);
+        Links* const behind = hint->next;
         const int order = isHead(behind) ? -1 : compare(key, prefix, *nodeOf(behind));
         if (order == 0)
             return Place{nodeOf(behind), nullptr, false};
@@ -202,10 +185,14 @@ void MapTree::link(Map& map, const Place& place, Node* node) noexcept
     ++map.size_;
     if (isHead(parent))
     {
-        map.head_.parent = map.head_.left = map.head_.right = node;
+        node->next = parent;
+        map.head_.parent = map.head_.left = map.head_.right = map.head_.next = node;
         return;
     }
     (place.left ? parent->left : parent->right) = node;
+    Links* const before = place.left ? previous(node) : parent;
+    node->next = before->next;
+    before->next = node;
     if (place.left && parent == map.head_.left)
         map.head_.left = node;
     if (!place.left && parent == map.head_.right)
@@ -245,8 +232,9 @@ void MapTree::shrunk(Links* links, bool left) noexcept
 void MapTree::unlink(Map& map, Node* node) noexcept
 {
     --map.size_;
+    previous(node)->next = node->next;
     if (map.head_.left == node)
-        map.head_.left = next(node);
+        map.head_.left = node->next;
     if (map.head_.right == node)
         map.head_.right = previous(node);
     Links* const parent = node->parent;
@@ -258,7 +246,7 @@ void MapTree::unlink(Map& map, Node* node) noexcept
         return;
     }
     // Two children: the next node takes this one's place.
-    Links* const heir = next(node);
+    Links* const heir = node->next;
     Links* const heirParent = heir->parent;
     const bool deeper = heirParent != node;
     if (deeper)
@@ -278,77 +266,38 @@ void MapTree::unlink(Map& map, Node* node) noexcept
 
 MapTree::Links* MapTree::unchain(Map& map) noexcept
 {
-    Links* first = nullptr;
-    // Backwards: previous() never looks at the right link of a node that it has left behind.
-    for (Links* links = map.head_.right; !isHead(links);)
-    {
-        Links* const before = previous(links);
-        links->right = first;
-        first = links;
-        links = before;
-    }
+    if (map.size_ == 0)
+        return nullptr;
+    Links* const first = map.head_.left;
+    map.head_.right->next = nullptr;
     reset(map);
     return first;
 }
 
 void MapTree::finish(Map& map, std::size_t size) noexcept
 {
-    Links* first = &map.head_;
     Links* last = &map.head_;
-    for (Links* links = map.head_.parent; links != nullptr; links = links->left)
-        first = links;
     for (Links* links = map.head_.parent; links != nullptr; links = links->right)
         last = links;
-    map.head_.left = first;
+    map.head_.left = map.head_.next;
     map.head_.right = last;
     map.size_ = size;
 }
 
-MapTree::Node* MapTree::deepest(Links* links) noexcept
-{
-    for (;;)
-    {
-        if (links->left != nullptr)
-            links = links->left;
-        else if (links->right != nullptr)
-            links = links->right;
-        else
-            return nodeOf(links);
-    }
-}
-
 MapTree::Node* MapTree::firstDoomed(Map& map) noexcept
 {
-    if (map.head_.parent == nullptr)
-        return nullptr;
-    Node* const node = deepest(map.head_.parent);
-    map.head_.left = node;
-    return node;
+    return map.head_.next != &map.head_ ? nodeOf(map.head_.next) : nullptr;
 }
 
 MapTree::Node* MapTree::nextDoomed(Map& map) noexcept
 {
-    Links* const links = map.head_.left;
-    Links* const parent = links->parent;
+    Links* const links = map.head_.next;
+    map.head_.next = links->next;
     destroy(nodeOf(links));
-    if (isHead(parent))
-    {
-        reset(map);
-        return nullptr;
-    }
-    Node* following = nullptr;
-    if (parent->left == links)
-    {
-        parent->left = nullptr;
-        following = deepest(parent);
-    }
-    else
-    {
-        parent->right = nullptr;
-        following = nodeOf(parent);
-    }
-    map.head_.left = following;
-    return following;
+    if (map.head_.next != &map.head_)
+        return nodeOf(map.head_.next);
+    reset(map);
+    return nullptr;
 }
 
 } // namespace ky::impl

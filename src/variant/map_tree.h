@@ -34,7 +34,6 @@ public:
     static Node* nodeOf(Links* links) noexcept { return static_cast<Node*>(links); }
     static const Node* nodeOf(const Links* links) noexcept { return static_cast<const Node*>(links); }
     static bool isHead(const Links* links) noexcept { return links->balance == headMark; }
-    static Links* next(Links* links) noexcept;
     static Links* previous(Links* links) noexcept;
 
     /// Makes the map empty without freeing anything.
@@ -52,17 +51,18 @@ public:
     static void link(Map& map, const Place& place, Node* node) noexcept;
     /// Takes the node out; it is not freed.
     static void unlink(Map& map, Node* node) noexcept;
-    /// Empties the map into a chain in key order, linked by `right` and ended by null.
+    /// Empties the map into a chain in key order, linked by `next` and ended by null.
     static Links* unchain(Map& map) noexcept;
-    /// After nodes were put in place by hand: sets the first, the last and the number of entries.
+    /// After nodes were put in place by hand, from the first to the one behind the last linked by `next`: sets the
+    /// first, the last and the number of entries.
     static void finish(Map& map, std::size_t size) noexcept;
 
-    /// \name Taking a map apart without an order to keep, one node at a time
-    /// firstDoomed() gives a node without children, nextDoomed() frees it and gives the next one, or null. Until then
-    /// doomed() finds it again; no other operation may be called.
+    /// \name Taking a map apart, one node at a time
+    /// Asks nothing but that all nodes are linked by `next`. nextDoomed() frees the node that firstDoomed() gave and
+    /// gives the next one, or null. Until then doomed() finds it again; no other operation may be called.
     ///@{
     static Node* firstDoomed(Map& map) noexcept;
-    static Node* doomed(Map& map) noexcept { return nodeOf(map.head_.left); }
+    static Node* doomed(Map& map) noexcept { return nodeOf(map.head_.next); }
     static Node* nextDoomed(Map& map) noexcept;
     ///@}
 
@@ -77,7 +77,6 @@ private:
     static void rotateRight(Links* links) noexcept;
     static Links* rebalance(Links* links) noexcept;
     static void shrunk(Links* links, bool left) noexcept;
-    static Node* deepest(Links* links) noexcept;
 };
 
 } // namespace ky::impl

@@ -36,7 +36,8 @@ static_assert(sizeof(Slab) <= headerSize);
 
 Slab* slabOf(FreeBlock* block) noexcept
 {
-    return reinterpret_cast<Slab*>(reinterpret_cast<std::uintptr_t>(block) & ~(slabSize - 1));
+    const std::uintptr_t place = reinterpret_cast<std::uintptr_t>(block) & (slabSize - 1);
+    return reinterpret_cast<Slab*>(reinterpret_cast<char*>(block) - place);
 }
 
 /// Slabs of one size class; those with room are in the list.

@@ -68,10 +68,21 @@ struct VariantAccess
         kyVariant* to;
         const kyVariant* from;
     };
-    static void copyShallow(kyVariant& to, const kyVariant& from, std::vector<Pending>& pending);
+    static void copyShallow(kyVariant& to, const kyVariant& from, std::vector<Pending>& pending)
+    {
+        if (from.ownsPayload())
+        {
+            copyOwned(to, from, pending);
+            return;
+        }
+        to.payload_ = from.payload_;
+        to.type_ = from.type_;
+    }
+    static void copyOwned(kyVariant& to, const kyVariant& from, std::vector<Pending>& pending);
     static void copyList(List& to, const List& from, std::vector<Pending>& pending);
     static void copyMap(Map& to, const Map& from, std::vector<Pending>& pending);
     static void copyPending(std::vector<Pending>& pending);
+    static void copyDeep(kyVariant& to, const kyVariant& from);
     static void copyMapDeep(Map& to, const Map& from);
 };
 

@@ -130,7 +130,7 @@ public:
     void advance() noexcept
     {
         if (links_ != nullptr)
-            links_ = MapTree::next(links_);
+            links_ = links_->next;
         else
             ++item_;
     }
@@ -180,13 +180,13 @@ bool equalElements(const List& a, const List& b, std::vector<Pair>& pending)
 bool equalEntries(const Map& a, const Map& b, std::vector<Pair>& pending)
 {
     MapTree::Links* other = MapTree::head(b).left;
-    for (MapTree::Links* links = MapTree::head(a).left; !MapTree::isHead(links); links = MapTree::next(links))
+    for (MapTree::Links* links = MapTree::head(a).left; !MapTree::isHead(links); links = links->next)
     {
         const MapTree::Node& left = *MapTree::nodeOf(links);
         const MapTree::Node& right = *MapTree::nodeOf(other);
         if (!sameKeys(left, right) || !equalValues(left.entry.second, right.entry.second, pending))
             return false;
-        other = MapTree::next(other);
+        other = other->next;
     }
     return true;
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Deep copies. Nested containers wait in a list of their own, so that depth costs no stack.
+#include "platform/compiler.h"
 #include "variant/variant_access.h"
 
 #include <utility>
@@ -9,15 +10,9 @@ namespace ky
 namespace impl
 {
 
-void VariantAccess::copyShallow(kyVariant& to, const kyVariant& from, std::vector<Pending>& pending)
+void VariantAccess::copyOwned(kyVariant& to, const kyVariant& from, std::vector<Pending>& pending)
 {
     const Type type = from.type_;
-    if (!from.ownsPayload())
-    {
-        to.payload_ = from.payload_;
-        to.type_ = type;
-        return;
-    }
     void* copy = nullptr;
     if (from.payload_.object != nullptr)
     {
@@ -50,41 +45,60 @@ void VariantAccess::copyList(List& to, const List& from, std::vector<Pending>& p
         copyShallow(to.items_.emplace_back(), item, pending);
 }
 
+namespace
+{
+
+/// Clones a tree in key order, so that every node that is already there can be found if memory runs out. Calls itself
+/// as deep as the tree is high, which is balanced.
+class TreeCopy
+{
+public:
+    using Links = MapTree::Links;
+
+    TreeCopy(Map& to, std::vector<VariantAccess::Pending>& pending) noexcept
+        : head_(MapTree::head(to)),
+          last_(&head_),
+          pending_(pending)
+    {
+    }
+    void copy(const Links* root) { adopt(&head_, head_.parent, copyBelow(root)); }
+
+private:
+    static void adopt(Links* parent, Links*& slot, Links* child) noexcept
+    {
+        slot = child;
+        if (child != nullptr)
+            child->parent = parent;
+    }
+    Links* copyBelow(const Links* source)
+    {
+        if (source == nullptr)
+            return nullptr;
+        Links* const left = copyBelow(source->left);
+        const MapTree::Node& from = *MapTree::nodeOf(source);
+        MapTree::Node* const node = MapTree::create(from.entry.first, from.prefix);
+        node->next = &head_;
+        last_->next = node;
+        last_ = node;
+        node->balance = from.balance;
+        VariantAccess::copyShallow(node->entry.second, from.entry.second, pending_);
+        adopt(node, node->left, left);
+        adopt(node, node->right, copyBelow(source->right));
+        return node;
+    }
+
+    Links& head_;
+    Links* last_;
+    std::vector<VariantAccess::Pending>& pending_;
+};
+
+} // namespace
+
 void VariantAccess::copyMap(Map& to, const Map& from, std::vector<Pending>& pending)
 {
-    using Links = MapTree::Links;
-    const auto clone = [&pending](const Links* links, Links* parent, Links*& slot)
-    {
-        const MapTree::Node* const source = MapTree::nodeOf(links);
-        MapTree::Node* const node = MapTree::create(source->entry.first, source->prefix);
-        node->parent = parent;
-        node->balance = source->balance;
-        slot = node;
-        copyShallow(node->entry.second, source->entry.second, pending);
-        return slot;
-    };
-    const Links* source = MapTree::head(from).parent;
-    if (source == nullptr)
+    if (from.empty())
         return;
-    Links* copy = clone(source, &MapTree::head(to), MapTree::head(to).parent);
-    while (!MapTree::isHead(source))
-    {
-        if (source->left != nullptr && copy->left == nullptr)
-        {
-            source = source->left;
-            copy = clone(source, copy, copy->left);
-        }
-        else if (source->right != nullptr && copy->right == nullptr)
-        {
-            source = source->right;
-            copy = clone(source, copy, copy->right);
-        }
-        else
-        {
-            source = source->parent;
-            copy = copy->parent;
-        }
-    }
+    TreeCopy(to, pending).copy(MapTree::head(from).parent);
     MapTree::finish(to, from.size());
 }
 
@@ -101,6 +115,13 @@ void VariantAccess::copyPending(std::vector<Pending>& pending)
     }
 }
 
+void VariantAccess::copyDeep(kyVariant& to, const kyVariant& from)
+{
+    std::vector<Pending> pending;
+    copyShallow(to, from, pending);
+    copyPending(pending);
+}
+
 void VariantAccess::copyMapDeep(Map& to, const Map& from)
 {
     std::vector<Pending> pending;
@@ -112,7 +133,7 @@ void VariantAccess::copyMapDeep(Map& to, const Map& from)
 
 void kyVariant::copyPayload(const kyVariant& other)
 {
-    if (type_ == Type::String && payload_.object != nullptr)
+    if (KY_LIKELY(type_ == Type::String && payload_.object != nullptr))
     {
         payload_.object = impl::createInBlock<std::string>(other.getString());
         return;
@@ -120,9 +141,7 @@ void kyVariant::copyPayload(const kyVariant& other)
     // Built aside: when memory runs out, the part that is already there is freed and this variant stays null.
     release();
     kyVariant copy;
-    std::vector<impl::VariantAccess::Pending> pending;
-    impl::VariantAccess::copyShallow(copy, other, pending);
-    impl::VariantAccess::copyPending(pending);
+    impl::VariantAccess::copyDeep(copy, other);
     swap(copy);
 }
 

@@ -48,8 +48,6 @@ std::pair<MapTree::Node*, bool> findOrInsert(Map& map, std::string_view key, con
 
 } // namespace
 
-const Map::Links* Map::nextOf(const Links* links) noexcept { return MapTree::next(const_cast<Links*>(links)); }
-
 const Map::Links* Map::previousOf(const Links* links) noexcept { return MapTree::previous(const_cast<Links*>(links)); }
 
 Map::kyVariantMapImpl() noexcept : head_{}, size_(0) { MapTree::reset(*this); }

@@ -29,7 +29,7 @@ public:
     MapTree::Node* pop() noexcept
     {
         MapTree::Node* const node = front();
-        first_ = first_->right;
+        first_ = first_->next;
         return node;
     }
 
@@ -210,7 +210,7 @@ private:
             return;
         }
         const auto& [key, value] = MapTree::nodeOf(level.links)->entry;
-        level.links = MapTree::next(const_cast<MapTree::Links*>(level.links));
+        level.links = level.links->next;
         prefix_ += key;
         if (value.getType() != kyVariant::Type::Map && value.getType() != kyVariant::Type::List)
         {

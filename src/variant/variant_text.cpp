@@ -76,7 +76,7 @@ const kyVariant* openElement(std::string& out, Level& level)
     if (level.list != nullptr)
         return &(*level.list)[level.index - 1];
     const auto& entry = MapTree::nodeOf(level.links)->entry;
-    level.links = MapTree::next(const_cast<MapTree::Links*>(level.links));
+    level.links = level.links->next;
     out += '(';
     out += entry.first;
     out += '=';

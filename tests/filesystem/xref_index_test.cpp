@@ -39,6 +39,11 @@ TEST(FileReference, TakesPathsOfAnySystemApart)
         {"a/b/..", "[a]!"},
         {"", "!"},
         {"1:/a", "[1:][a]"},
+        {"{:/a", "[{:][a]"},
+        {"//?/unc", "[unc]"},
+        {"//?/unc-a/b", "[unc-a][b]"},
+        {"//.?/a", "/[.?][a]"},
+        {"//?a/b", "/[?a][b]"},
         {"...", "[...]"},
     };
     for (const auto& [text, expected] : cases)

@@ -114,6 +114,15 @@ TEST_F(XRefResolver, PrefersTheExactPathThenTheLongestTail)
             << c.reference << ' ' << match.commonComponents;
         EXPECT_EQ(resolver.resolve(c.reference, c.document), match.path);
     }
+}
+
+TEST_F(XRefResolver, FindsNothingForWhatNamesNoFile)
+{
+    make({"bridge/textures/oak.png", "bridge/x.tar"});
+    ASSERT_TRUE(resolver.addRoot(dir.file("bridge")));
+    ASSERT_TRUE(resolver.refresh());
+    Match found;
+    ASSERT_TRUE(resolver.resolve("oak.png", found));
     for (const char* nothing : {"", "/", "C:", "C:\\", "..", "textures/..", "oak.png/", "oak.png/.", "none.png", "oak"})
     {
         Match match{"untouched", 7, 7, true};

@@ -1,20 +1,12 @@
 // SPDX-License-Identifier: MIT
-// What lies below the CSV writer: the file stream and the text of reals.
-#include "support/soak.h"
+// The file stream below the CSV writer.
 #include "support/temp_dir.h"
 
 #include "io/file_output_stream.h"
-#include "io/three_digits.h"
-
-#include <ky/kyStringUtils.h>
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
-#include <cstdlib>
-#include <cstring>
-#include <limits>
+#include <iterator>
 #include <random>
 #include <string>
 
@@ -84,42 +76,6 @@ TEST(CsvWriterOutput, TellsWhatCouldNotBeWritten)
     EXPECT_FALSE(tail.close());
     EXPECT_FALSE(tail.close());
     EXPECT_EQ(readFile(dir.file("f")), "before");
-}
-
-void expectSameText(double value)
-{
-    ASSERT_EQ(ky::impl::ThreeDigitText(value).view(), ky::kyStringUtils::fromFloat(value, 3, false));
-    ASSERT_EQ(ky::impl::ThreeDigitText(-value).view(), ky::kyStringUtils::fromFloat(-value, 3, false));
-}
-
-TEST(CsvWriterOutput, RealsHaveTheTextOfTheStringUtilities)
-{
-    using Limits = std::numeric_limits<double>;
-    for (const double value : {0.0, Limits::infinity(), Limits::quiet_NaN(), Limits::denorm_min(), Limits::max()})
-        ASSERT_NO_FATAL_FAILURE(expectSameText(value));
-    // Every number of 3 digits and every half between two of them, with their neighbours.
-    for (int exponent = -8; exponent < 24; ++exponent)
-    {
-        for (int halves = 199; halves <= 2001; ++halves)
-        {
-            const double value =
-                std::strtod((std::to_string(halves * 5) + "e" + std::to_string(exponent - 3)).c_str(), nullptr);
-            ASSERT_NO_FATAL_FAILURE(expectSameText(value));
-            ASSERT_NO_FATAL_FAILURE(expectSameText(std::nextafter(value, 0.0)));
-            ASSERT_NO_FATAL_FAILURE(expectSameText(std::nextafter(value, Limits::max())));
-        }
-    }
-    std::mt19937_64 random(67);
-    const int rounds = ky::test::isSoak() ? 20'000'000 : 300'000;
-    for (int round = 0; round < rounds; ++round)
-    {
-        const std::uint64_t bits = random();
-        double value = 0;
-        std::memcpy(&value, &bits, sizeof value);
-        ASSERT_NO_FATAL_FAILURE(expectSameText(value));
-        ASSERT_NO_FATAL_FAILURE(
-            expectSameText(std::ldexp(static_cast<double>(bits), static_cast<int>(bits % 90) - 80)));
-    }
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "device_support.h"
 
 #include <ky/kyDataStream.h>
+#include <ky/kyIoDeviceMemory.h>
 
 #include <gmock/gmock.h>
 
@@ -250,6 +251,65 @@ TEST(DataStream, StopsWritingWhereTheDeviceFails)
             ASSERT_FALSE(stream.isOk());
             ASSERT_EQ(device.writes.size(), calls) << "wrote on after the failure";
             ASSERT_EQ(device.content, whole.substr(0, limit));
+        }
+    }
+}
+
+/// Sees every call, which streams on the base class spare themselves.
+class CountedMemory : public ky::kyIoDeviceMemory
+{
+public:
+    using kyIoDeviceMemory::kyIoDeviceMemory;
+
+    std::size_t readBytes(char* data, std::size_t size) override
+    {
+        ++calls;
+        return kyIoDeviceMemory::readBytes(data, size);
+    }
+    std::size_t writeBytes(const char* data, std::size_t size) override
+    {
+        ++calls;
+        return kyIoDeviceMemory::writeBytes(data, size);
+    }
+    std::size_t calls = 0;
+};
+
+TEST(DataStream, MovesTheSameWithAndWithoutCallsOfAMemoryDevice)
+{
+    for (const auto order : orders)
+    {
+        std::string whole;
+        for (const Field& value : fields())
+            whole += value.bytes(order);
+        for (std::size_t cut = 0; cut < whole.size() + 100; cut += stepFrom(cut))
+        {
+            std::string content = whole.substr(0, cut);
+            content.resize(cut, '#');
+            ky::kyIoDeviceMemory direct(std::vector<char>(content.begin(), content.end()));
+            CountedMemory called(direct.getData());
+            kyDataStream directIn(&direct, order);
+            kyDataStream calledIn(&called, order);
+            std::size_t reads = 0;
+            for (const Field& value : fields())
+            {
+                reads += calledIn.isOk() ? 1U : 0U;
+                ASSERT_EQ(value.read(directIn), value.read(calledIn)) << "cut " << cut;
+                ASSERT_EQ(directIn.isOk(), calledIn.isOk());
+                ASSERT_EQ(direct.tellg(), called.tellg());
+            }
+            ASSERT_GE(called.calls, reads);
+            kyDataStream directOut(&direct, order);
+            kyDataStream calledOut(&called, order);
+            for (const Field& value : fields())
+            {
+                value.write(directOut);
+                value.write(calledOut);
+                ASSERT_EQ(direct.tellp(), called.tellp()) << "cut " << cut;
+            }
+            ASSERT_TRUE(directOut.isOk() && calledOut.isOk());
+            ASSERT_EQ(direct.getData(), called.getData());
+            ASSERT_EQ(std::string(direct.getData().data(), whole.size()), whole);
+            ASSERT_GE(called.calls, reads + fields().size());
         }
     }
 }

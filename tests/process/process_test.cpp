@@ -106,7 +106,8 @@ TEST(Process, AProgramThatCannotStartIsReported)
         EXPECT_FALSE(kyProcess::StartDetachedUtf8(program, {}, "", false));
     }
     EXPECT_EQ(kyProcess::ExecUtf8(childProgram(), {"process_end", std::string("0\0", 2)}, "", true, amplyMs), -1);
-    EXPECT_EQ(kyProcess::ExecUtf8(childProgram(), {"process_end", "0"}, dir.file("no folder"), true, amplyMs), -1);
+    for (const std::string& folder : {dir.file("no folder"), dir.path() + '\0', dir.path() + '\0' + "rest"})
+        EXPECT_EQ(kyProcess::ExecUtf8(childProgram(), {"process_end", "0"}, folder, true, amplyMs), -1);
 }
 
 TEST(Process, StatesAndWhatMayBeChangedInThem)

@@ -15,6 +15,7 @@ namespace
 using namespace ky::impl;
 using ky::test::FakeTree;
 using PowerStatus = ky::kySystemUtils::PowerStatus;
+using Files = std::map<std::string, std::string>;
 
 TEST(SystemTree, TakesMountsApart)
 {
@@ -24,7 +25,7 @@ TEST(SystemTree, TakesMountsApart)
                           "garbage\n"
                           " - \n"
                           "1 2 3:4 / relative rw - ext4 /dev/sda2 rw\n"
-                          "50 1 0:9 / /end\\7 rw - tmpfs tmpfs"}},
+                          "50 1 0:9 / /\\0x1\\0_0\\/00\\08\\end\\7 rw - tmpfs tmpfs"}},
                         {}};
     const std::vector<Mount> mounts = readMounts(fake.tree());
     ASSERT_EQ(mounts.size(), 3u);
@@ -34,7 +35,7 @@ TEST(SystemTree, TakesMountsApart)
     EXPECT_EQ(mounts[1].point, "/mnt/x\\y\t");
     EXPECT_EQ(mounts[1].source, "/dev/sda2");
     EXPECT_EQ(mounts[1].options, "rw,data=ordered");
-    EXPECT_EQ(mounts[2].point, "/end\\7");
+    EXPECT_EQ(mounts[2].point, "/\\0x1\\0_0\\/00\\08\\end\\7") << "no octal numbers of three digits";
     EXPECT_EQ(mounts[2].options, "");
 }
 
@@ -55,18 +56,20 @@ constexpr char olderMounts[] = "31 30 0:27 / /sys/fs/cgroup/memory rw - cgroup c
                                "32 30 0:28 / /sys/fs/cgroup/cpu,cpuacct rw - cgroup cgroup rw,cpu,cpuacct\n";
 constexpr char containerMount[] = "32 30 0:28 /docker/4f /sys/fs/cgroup/cpu ro - cgroup cgroup rw,cpu\n";
 
+struct QuotaRow
+{
+    const char* what;
+    const char* groups;
+    std::string mounts;
+    Files files;
+    std::uint64_t quota;
+};
+
 TEST(ProcessorQuota, IsTheSmallestOfAllGroupsRoundedUp)
 {
     const std::string unified = "/sys/fs/cgroup";
     const std::string older = "/sys/fs/cgroup/cpu,cpuacct";
-    const struct
-    {
-        const char* what;
-        const char* groups;
-        std::string mounts;
-        std::map<std::string, std::string> files;
-        std::uint64_t quota;
-    } rows[] = {
+    const QuotaRow rows[] = {
         {"no groups", "", "", {}, 0},
         {"no bound", "0::/\n", unifiedMount, {{unified + "/cpu.max", "max 100000\n"}}, 0},
         {"half", "0::/\n", unifiedMount, {{unified + "/cpu.max", "50000 100000\n"}}, 1},
@@ -123,18 +126,20 @@ TEST(ProcessorQuota, IsTheSmallestOfAllGroupsRoundedUp)
     }
 }
 
+struct DiskRow
+{
+    const char* what;
+    std::string root;
+    Files files;
+    Files links;
+    const char* disk;
+};
+
 TEST(MainDisk, IsFoundBelowPartitionsAndVolumes)
 {
     const std::string pci = "/sys/devices/pci0000:00/0000:00:17.0/block/";
     const std::string virt = "/sys/devices/virtual/block/";
-    const struct
-    {
-        const char* what;
-        std::string root;
-        std::map<std::string, std::string> files;
-        std::map<std::string, std::string> links;
-        const char* disk;
-    } rows[] = {
+    const DiskRow rows[] = {
         {"nothing known", "", {}, {}, ""},
         {"container", "1 0 0:50 / / rw - overlay overlay rw\n", {}, {}, ""},
         {"network", "1 0 0:50 / / rw - nfs server:/export rw\n", {}, {}, ""},
@@ -188,26 +193,28 @@ TEST(MainDisk, IsFoundBelowPartitionsAndVolumes)
     }
 }
 
+Files with(Files files, const Files& more)
+{
+    for (const auto& entry : more)
+        files[entry.first] = entry.second;
+    return files;
+}
+
+struct PowerRow
+{
+    const char* what;
+    Files files;
+    PowerStatus::Source source;
+    bool hasBattery;
+    bool isCharging;
+    int percent;
+};
+
 TEST(PowerSupply, AddsUpWhatTheSuppliesTell)
 {
     using Source = PowerStatus::Source;
-    using Files = std::map<std::string, std::string>;
     const Files battery = {{"BAT0/type", "Battery\n"}, {"BAT0/status", "Discharging\n"}, {"BAT0/capacity", "41\n"}};
-    const auto with = [](Files files, const Files& more)
-    {
-        for (const auto& entry : more)
-            files[entry.first] = entry.second;
-        return files;
-    };
-    const struct
-    {
-        const char* what;
-        Files files;
-        Source source;
-        bool hasBattery;
-        bool isCharging;
-        int percent;
-    } rows[] = {
+    const PowerRow rows[] = {
         {"none", {}, Source::Unknown, false, false, -1},
         {"desktop with an adapter", {{"AC/type", "Mains"}, {"AC/online", "1"}}, Source::Mains, false, false, -1},
         {"discharging", battery, Source::Battery, true, false, 41},

@@ -45,6 +45,9 @@ TEST(SystemText, NumbersAreWholeOrNothing)
 {
     EXPECT_EQ(parseNumber(" 42\n", 10), 42u);
     EXPECT_EQ(parseNumber("0x30000", 16), 0x30000u);
+    EXPECT_EQ(parseNumber("0XfF", 16), 0xFFu);
+    for (const char* const text : {"0x", "x1", "0y1", "0x0x1", "0x-1", "12g"})
+        EXPECT_FALSE(parseNumber(text, 16)) << text;
     EXPECT_EQ(parseNumber("8000000", 16), 0x8000000u);
     EXPECT_EQ(parseNumber("18446744073709551615", 10), 18446744073709551615u);
     for (const char* const text : {"", "-1", "+1", "1.5", "12 kB", "0x", "18446744073709551616", "abc"})
@@ -57,7 +60,7 @@ TEST(SystemText, NumbersAreWholeOrNothing)
     const ScreenSize screen = parseScreenSize("1920x1080i\n1280x720\n");
     EXPECT_EQ(screen.width, 1920u);
     EXPECT_EQ(screen.height, 1080u);
-    for (const char* const text : {"", "x", "1920x", "x1080", "1920", "0x1080", "1920x0", "99999x1", "-5x5"})
+    for (const char* const text : {"", "x", "1920x", "x1080", "1920", "0x1080", "1920x0", "99999x1", "1x65536", "-5x5"})
         EXPECT_EQ(parseScreenSize(text).width, 0u) << text;
 }
 
@@ -121,6 +124,26 @@ TEST(Edid, NamesTheMonitor)
     ASSERT_TRUE(parseEdid(sealed(odd), monitor));
     EXPECT_EQ(monitor.name, "??? A0B1");
     EXPECT_EQ(monitor.screen.width, 0u);
+
+    // Only the first timing is the preferred one, a clock may have a low byte of 0, and no side may be missing.
+    const struct
+    {
+        const char* timing;
+        std::uint32_t width, height;
+    } timings[] = {{"\x00\xd0\x80\xa0\x70\x38\x1f\x40", 1920, 1080},
+                   {"\x01\x1d\x00\x72\x0f\xd0\x1e\x20", 0, 0},
+                   {"\x01\x1d\x80\x72\x70\x00\x1e\x0f", 0, 0}};
+    for (const auto& row : timings)
+    {
+        std::string block = edidBlock("");
+        block.replace(108, 18, block.substr(54, 18));
+        block.replace(54, 8, std::string(row.timing, 8));
+        block.replace(8, 2, std::string(2, '\0'));
+        ASSERT_TRUE(parseEdid(sealed(block), monitor));
+        EXPECT_EQ(monitor.name, "??? A0B1");
+        EXPECT_EQ(monitor.screen.width, row.width);
+        EXPECT_EQ(monitor.screen.height, row.height);
+    }
 }
 
 TEST(Edid, RefusesWhatIsNone)
@@ -213,6 +236,8 @@ TEST(OsText, Linux)
          "Linux Debian GNU/Linux 12 (bookworm) (v6.1.0, kernel 6.1.0-18-amd64)"},
         {"PRETTY_NAME='A \"B\"'", "5.15.167.4-x", "Linux A \"B\" (v5.15.167, kernel 5.15.167.4-x)"},
         {"PRETTY_NAME=\"a \\\"b\\\" \\$c", "6", "Linux a \"b\" $c (v6.0.0, kernel 6)"},
+        {"PRETTY_NAME_X=no\nPRETTY_NAME='a\\'b\n", "6", "Linux a\\ (v6.0.0, kernel 6)"},
+        {"PRETTY_NAME=\"a\\\n\"", "6", "Linux a\\ (v6.0.0, kernel 6)"},
         {"NAME=Alpine", "", "Linux Alpine (v0.0.0, kernel unknown)"},
         {"", "x.y", "Linux Unknown distribution (v0.0.0, kernel x.y)"},
         {"PRETTY_NAME=\"\xff\xff\"\nNAME=\"", "99999999999.1",

@@ -3,12 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <string>
 
 namespace
 {
 
-std::string formatted(const char* format, std::size_t room = 80)
+std::string formatted(const char* format, std::size_t room = 80, int hour = 7)
 {
     std::tm time = {};
     time.tm_year = 126;
@@ -16,7 +17,7 @@ std::string formatted(const char* format, std::size_t room = 80)
     time.tm_mday = 5;
     time.tm_wday = 4;
     time.tm_yday = 308;
-    time.tm_hour = 7;
+    time.tm_hour = hour;
     time.tm_min = 44;
     time.tm_sec = 17;
     std::string buffer(room + 1, '#');
@@ -44,6 +45,15 @@ TEST(TimeText, EqualsStrftimeUnderTheCLocaleOnEveryRuntime)
     };
     for (const auto& row : rows)
         EXPECT_EQ(formatted(row.format), row.text) << row.format;
+    const char* const halves[] = {"12 AM", "11 AM", "12 PM", "11 PM"};
+    for (std::size_t i = 0; i < 4; ++i)
+        EXPECT_EQ(formatted("%I %p", 80, std::array{0, 11, 12, 23}[i]), halves[i]);
+    // Fields that no clock gives.
+    std::tm odd = {};
+    odd.tm_wday = 7;
+    odd.tm_mon = -1;
+    char text[20];
+    EXPECT_EQ(std::string(text, ky::impl::formatTime(text, sizeof(text), "%a %A %b %B", odd)), "? ? ? ?");
 }
 
 TEST(TimeText, IsEmptyWhenItDoesNotFit)

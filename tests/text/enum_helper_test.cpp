@@ -85,6 +85,8 @@ TEST(EnumHelper, NamesAndParsesSingleValues)
         {"-129", Case::Sensitive, false, {}},
         {"0x", Case::Sensitive, false, {}},
         {"+1", Case::Sensitive, false, {}},
+        {"0x6g", Case::Sensitive, false, {}},
+        {"0b1", Case::Sensitive, false, {}},
         {"1.0", Case::Sensitive, false, {}},
         {"9223372036854775808", Case::Sensitive, false, {}},
         {"0x10000000000000000", Case::Sensitive, false, {}},

@@ -183,4 +183,19 @@ TEST_F(NumberFormat, RealsAreThoseOfAStream)
     }
 }
 
+// Every number of 3 digits and every half between two of them, with their neighbours.
+TEST_F(NumberFormat, ShortRealsAreThoseOfAStreamAtEveryHalf)
+{
+    for (int exponent = -8; exponent < 24; ++exponent)
+    {
+        for (int halves = 199; halves <= 2001; ++halves)
+        {
+            const double value =
+                std::strtod((std::to_string(halves * 5) + "e" + std::to_string(exponent - 3)).c_str(), nullptr);
+            for (const double near : {value, std::nextafter(value, 0.0), -std::nextafter(value, 1e300)})
+                ASSERT_EQ(S::fromFloat(near, 3, false), reference.real(near, 3, false)) << std::hexfloat << near;
+        }
+    }
+}
+
 } // namespace

@@ -213,6 +213,9 @@ TEST(StringUtils, SplitsLikeALineReaderOrKeepsEverythingInPlace)
     }
     EXPECT_THAT(S::Split(std::string("a\0b\0", 4), '\0', false), ElementsAre("a", "b"));
     std::vector<char*> pointers(1, nullptr);
+    char whole[] = "a,b";
+    S::Split(whole, '\0', pointers);
+    EXPECT_THAT(pointers, ElementsAre(whole));
     S::Split(nullptr, ',', pointers);
     EXPECT_TRUE(pointers.empty());
 }

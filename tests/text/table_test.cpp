@@ -72,6 +72,19 @@ TEST(DisplayWidth, CountsColumnsOfATerminal)
     EXPECT_EQ(Table::DisplayWidth("\xF0\x9F\x98"), 1U);
 }
 
+TEST(DisplayWidth, OfACharacterIsTheSameAtEveryPlace)
+{
+    for (unsigned byte = 0; byte < 128; ++byte)
+        for (std::size_t size = 1; size < 25; ++size)
+            for (std::size_t place = 0; place < size; ++place)
+            {
+                std::string text(size, '~');
+                text[place] = static_cast<char>(byte);
+                const std::size_t alone = Table::DisplayWidth(text.substr(place, 1));
+                ASSERT_EQ(Table::DisplayWidth(text), size - 1 + alone) << byte << " at " << place << " of " << size;
+            }
+}
+
 TEST(Shorten, KeepsCharactersWhole)
 {
     struct Case

@@ -217,6 +217,34 @@ TEST(ToolInterrupted, StopsWaitingForLogLines)
     EXPECT_THAT(readFile(file), HasSubstr(" one\r\n"));
 }
 
+/// Neither gone nor waiting for its parent to ask.
+bool isRunning(pid_t id)
+{
+    const std::string state = readFile("/proc/" + std::to_string(id) + "/stat");
+    const std::size_t name = state.rfind(") ");
+    return name != std::string::npos && state[name + 2] != 'Z';
+}
+
+TEST(ToolWithoutAReader, EndsTheProgramWhenItIsTime)
+{
+    const TempDir dir;
+    const std::string file = dir.file("id");
+    for (const bool interrupted : {false, true})
+    {
+        RunningTool tool(Screen::Pipe, {"run", "--timeout", interrupted ? "600000" : "300", "--", "/bin/sh", "-c",
+                                        "echo $$ > '" + file + "'; exec yes"});
+        ASSERT_TRUE(tool.hasWritten());
+        const pid_t id = std::stoi(readFile(file));
+        if (interrupted)
+            tool.interrupt();
+        EXPECT_TRUE(ky::test::eventually([&] { return !isRunning(id); }));
+        const std::string output = tool.readAll();
+        const std::string last = interrupted ? "cancelled\n" : "not finished within 300 ms\n";
+        EXPECT_THAT(output.substr(output.size() - std::min(output.size(), last.size())), last);
+        EXPECT_EQ(tool.wait(), interrupted ? 1 : 124);
+    }
+}
+
 /// No file may grow beyond `bytes` while it lives, as on a full disk. Started programs inherit that.
 class SmallDisk
 {

@@ -178,13 +178,17 @@ TEST(IniStorage, TwoSaversLeaveTheTextOfOne)
     EXPECT_EQ(entriesIn(dir), 1U);
 }
 
-TEST(IniStorage, DevicesAreWrittenInPlace)
+TEST(IniStorage, DevicesAreUsedInPlace)
 {
     std::error_code error;
     if (!fs::is_character_file("/dev/full", error))
         GTEST_SKIP() << "no such devices here";
     EXPECT_FALSE(SaveIniFile("/dev/full", tree, false));
     EXPECT_TRUE(SaveIniFile("/dev/null", tree, false));
+    Map map;
+    EXPECT_TRUE(LoadIniFile("/dev/null", map));
+    EXPECT_FALSE(LoadIniFile("/proc/self/mem", map)) << "can be opened, but not read at 0";
+    EXPECT_TRUE(map.empty());
     EXPECT_TRUE(fs::is_character_file("/dev/full") && fs::is_character_file("/dev/null"));
 }
 

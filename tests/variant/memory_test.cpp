@@ -36,12 +36,15 @@ void operator delete[](void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
 
-// In place of the pool, so that every block is an allocation that can fail.
+#if KY_KEEP_BLOCKS
+// In place of the pool's own: shelves that stay empty, so that every block is an allocation that can fail.
 namespace ky::impl
 {
-void* allocateBlock(std::size_t size) { return ::operator new(size); }
-void freeBlock(void* block, std::size_t) noexcept { ::operator delete(block); }
+thread_local constinit BlockStore tBlocks{};
+void* refillShelf(std::size_t, std::size_t size) { return ::operator new(size); }
+void makeRoomOnShelf(void* block, std::size_t) noexcept { ::operator delete(block); }
 } // namespace ky::impl
+#endif
 
 namespace
 {

@@ -44,6 +44,11 @@ TEST(NumberParse, RealForms)
         {"0x1p1024", infinity},
         {"0x0p99999999999999999999", 0.0},
         {"0x1.fffffffffffff8p0", 2.0},
+        {"0x1.00000000000008p0", 1.0}, // ties go to the even neighbour
+        {"0x1.00000000000018p0", 1.0 + 2 * std::numeric_limits<double>::epsilon()},
+        {"0x1.0000000000000800000110p0", 1.0 + std::numeric_limits<double>::epsilon()},
+        {"0x1.00000000000009p0", 1.0 + std::numeric_limits<double>::epsilon()},
+        {"0x1p-2000", 0.0},
         {"0x1.fffffffffffff7p0", 2.0 - std::numeric_limits<double>::epsilon()},
         {std::string("0x").append(40, '0').append("1").append(20, '0').append("p-80"), 1.0},
         {std::string("0x0.").append(20, '0').append("1p84"), 1.0},
@@ -55,12 +60,20 @@ TEST(NumberParse, RealForms)
         EXPECT_EQ(value, expected) << text;
         EXPECT_EQ(std::signbit(value), std::signbit(expected)) << text;
     }
-    for (const char* const text : {" ",     "+",   "--1", "+-1",  "1e",   "1e+",    "1 ", "1.2.3", "0x",   "0x1p",
-                                   "0x1p+", "0x.", "e5",  "infi", "nan(", "nan(-)", "na", "1f",    "0x1g", "1,5"})
+    for (const char* const text :
+         {" ",    "+",     "--1",    "+-1",   "1e",     "1e+",    "1 ",     "1.2.3", "0x",
+          "0x1p", "0x1p+", "0x.",    "e5",    "infi",   "nan(",   "nan(-)", "na",    "1f",
+          "0x1g", "1,5",   "nanxy)", "nan(a", "nan()x", "nan({)", "0x1p5x", "0x1p-", "0x1.2.3"})
     {
         double value = 99.0;
         EXPECT_FALSE(parseWholeReal(text, value)) << text;
         EXPECT_EQ(value, 99.0);
+    }
+    for (const char* const text : {"nan", "NaN", "-nan()", "nan(_x9Z)"})
+    {
+        double value = 99.0;
+        EXPECT_TRUE(parseWholeReal(text, value)) << text;
+        EXPECT_TRUE(std::isnan(value)) << text;
     }
 }
 
@@ -83,10 +96,12 @@ TEST(NumberParse, PlainNumbersAgreeWithTheGeneralFunctions)
     int answered = 0;
     for (int i = 0; i < 300000; ++i)
     {
-        static constexpr std::string_view alphabet = "0123456789012345678901234567890123456789.,-+ xXeEinNfaz";
+        static constexpr std::string_view alphabet = "0123456789012345678901234567890123456789.,-+ xXeEinNIfaz/:";
         std::string text(1 + random() % (i % 2 == 0 ? 5 : 19), '?');
         for (char& c : text)
             c = alphabet[random() % (i % 8 < 4 ? 41 : alphabet.size())];
+        if (i % 16 == 1)
+            text.insert(0, random() % 2 == 0 ? "0x" : "-0X");
         std::int64_t integer = 1;
         std::int64_t expectedInteger = 2;
         double real = 1.0;

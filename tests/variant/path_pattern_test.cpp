@@ -43,11 +43,16 @@ TEST(PathPattern, AgreesWithTheStandardLibraryOnFixedPatterns)
                                     "(a*)*",     "(a*)+b",      "(|a)+",        "a]}",
                                     "\\.\\*\\/", "[\\]\\-\\d]", ".*\\.txt",     "x*?y+?z??",
                                     "((a)|b)*c", "a.c",         "\\x41",        "\\bab",
-                                    "(?=a)ab",   "a(?!b).",     "[[:digit:]]+", "[a\\-z]+"};
-    const char* const texts[] = {"",      "a",  "b",   "ab",  "abcd", "aab",  "aaa", "abab", "a/b",
-                                 "A",     "B/", "-",   "--a", "1",    "a1/2", "a/",  " x",   "z",
-                                 "aaab",  "ba", "a]}", ".*/", "]",    "é",    "\n",  "a\nc", "xyz",
-                                 "x.txt", "yz", "bac", "\\",  "a^",   "aB",   "AB",  "012",  "a-z"};
+                                    "(?=a)ab",   "a(?!b).",     "[[:digit:]]+", "[a\\-z]+",
+                                    "\\D+",      "\\f|\\n|\\t", "[\\r\\v]",     "[\\D]",
+                                    "[\\w-]",    "[a-c-]",      "a{1,2}{2}",    "a**",
+                                    "[a-\\x62]", "\\_",         "[\xc3-\xc3]",  "[a-c-e]",
+                                    "[ab-]",     "[ac-]b",      "a+?+",         "\\q",
+                                    "a*{2}"};
+    const char* const texts[] = {"",    "a",   "b",   "ab", "abcd", "aab",  "aaa", "abab",  "a/b",  "A",
+                                 "B/",  "-",   "--a", "1",  "a1/2", "a/",   " x",  "z",     "aaab", "ba",
+                                 "a]}", ".*/", "]",   "é",  "\n",   "a\nc", "xyz", "x.txt", "yz",   "bac",
+                                 "\\",  "a^",  "aB",  "AB", "012",  "a-z",  "\f",  "\t",    "\v",   "\r"};
     for (const char* const pattern : patterns)
     {
         for (const bool caseInsensitive : {false, true})
@@ -103,6 +108,18 @@ TEST(PathPattern, AgreesWithTheStandardLibraryOnRandomPatterns)
     EXPECT_GT(matches, 1000);
 }
 
+TEST(PathPattern, RefusesWhatTheStandardLibraryRefuses)
+{
+    for (const std::string pattern :
+         {"[a-\\d]", "[a-[]", "(",   ")",      "a)",  "(a",  "(?a)",   "*",
+          "+a",      "?",     "{a",  "a{2,1}", "a{",  "a{1", "a{,2}",  "[",
+          "[a",      "[b-a]", "[a-", "\\",     "[\\", "a|*", "(a)\\1", "a{99999999999999999999}"})
+    {
+        EXPECT_THROW(libraryPattern(pattern, false), std::regex_error) << pattern;
+        EXPECT_THROW(PathMatcher(pattern, false), std::regex_error) << pattern;
+    }
+}
+
 TEST(PathPattern, LongPatterns)
 {
     std::string all = "none";
@@ -131,6 +148,12 @@ TEST(PathPattern, LongPaths)
     EXPECT_FALSE(beyond.isAutomatic());
     EXPECT_TRUE(matched(beyond, text.substr(0, 900), 10));
     EXPECT_THROW(matched(beyond, text, 10), std::regex_error);
+    for (const std::size_t depth : {100U, 1000U})
+    {
+        PathMatcher nested(std::string(depth, '(') + "a" + std::string(depth, ')'), false);
+        EXPECT_TRUE(matched(nested, "a", 0)) << depth;
+        EXPECT_FALSE(matched(nested, "b", 0)) << depth;
+    }
     PathMatcher large("((a{20}){30}){40}", false);
     EXPECT_FALSE(large.isAutomatic());
 }

@@ -4,7 +4,9 @@
 #include "ky/utf8_path.h"
 
 #include <ky/kyAsciiTableBuilder.h>
+#include <ky/kyCsvStream.h>
 #include <ky/kyIniFile.h>
+#include <ky/kyIoDeviceMemory.h>
 #include <ky/kyLog.h>
 #include <ky/kySystemUtils.h>
 
@@ -202,14 +204,12 @@ void show(const Map& report, bool full)
     page.print();
 }
 
-std::string csvCell(const std::string& text)
+/// A line break would end the row.
+std::string oneLine(std::string text)
 {
-    if (text.find_first_of(",\"\r\n") == std::string::npos)
-        return text;
-    std::string quoted = "\"";
-    for (const char c : text)
-        quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
-    return quoted + "\"";
+    const auto isBreak = [](char c) { return c == '\r' || c == '\n'; };
+    std::replace_if(text.begin(), text.end(), isBreak, ' ');
+    return text;
 }
 
 bool write(const std::filesystem::path& path, const std::string& content)
@@ -247,12 +247,16 @@ bool replaceFile(const std::filesystem::path& file, const std::string& content)
 
 bool saveCsv(const std::string& file, const Map& report)
 {
-    std::string text = "path,value\n";
+    kyIoDeviceMemory table;
+    kyCsvStream csv(&table, ',', '"', "\n");
+    csv << "path"
+        << "value" << kyCsvStream::EndOfRow();
     Map flat;
     report.toFlattenMap(flat, '/');
     for (const auto& [path, value] : flat)
-        text += csvCell(path) + ',' + csvCell(value.toString()) + '\n';
-    return replaceFile(utf8Path(file), text);
+        csv << path << oneLine(value.toString()) << kyCsvStream::EndOfRow();
+    const std::vector<char> text = table.takeData();
+    return csv.isOk() && replaceFile(utf8Path(file), std::string(text.begin(), text.end()) + '\n');
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "ky/commands.h"
 
 #include "ky/line_cutter.h"
+#include "ky/output_queue.h"
 #include "ky/progress.h"
 
 #include <ky/kyLog.h>
@@ -30,14 +31,17 @@ constexpr unsigned int graceMs = 3000; ///< for a program that was asked to end
 class Channel
 {
 public:
-    Channel(std::FILE* stream, const char* qualifier, bool logs) : mStream(stream), mQualifier(qualifier), mLogs(logs)
+    Channel(OutputQueue& output, std::FILE* stream, const char* qualifier, bool logs)
+        : mOutput(output),
+          mStream(stream),
+          mQualifier(qualifier),
+          mLogs(logs)
     {
     }
 
     void pass(std::string_view bytes)
     {
-        std::fwrite(bytes.data(), 1, bytes.size(), mStream);
-        std::fflush(mStream);
+        mOutput.add(mStream, bytes);
         if (!mLogs)
             return;
         mLines.add(bytes, [this](const std::string& line) { write(line); });
@@ -51,6 +55,7 @@ public:
 private:
     void write(const std::string& line) { kyLog::edit().Write(line, kyLogType::INFO, mQualifier); }
 
+    OutputQueue& mOutput;
     std::FILE* mStream;
     std::string mQualifier;
     bool mLogs;
@@ -94,22 +99,38 @@ void end(kyProcess& process, bool politely)
     process.waitForFinished(graceMs);
 }
 
-ExitCode waitFor(kyProcess& process, const RunOptions& options)
+/// What ends a program before it ends by itself.
+class Limit
+{
+public:
+    explicit Limit(unsigned int timeoutMs) : mTimeout(timeoutMs) {}
+
+    bool isInterrupted() const { return mProgress->shouldCancel(); }
+    bool isTimedOut() const { return mTimeout.count() != 0 && Clock::now() - mBegin >= mTimeout; }
+    bool isReached() const { return isInterrupted() || isTimedOut(); }
+
+private:
+    std::chrono::milliseconds mTimeout;
+    std::unique_ptr<kyProgressNotifierInterface> mProgress = makeProgress(); // only asked whether to stop
+    Clock::time_point mBegin = Clock::now();
+};
+
+ExitCode waitFor(kyProcess& process, const RunOptions& options, const Limit& limit, OutputQueue& output)
 {
     const std::string& program = options.command.front();
-    const auto progress = makeProgress(); // only asked whether to stop
-    const Clock::time_point begin = Clock::now();
     const unsigned int look = options.timeoutMs != 0 ? std::min(options.timeoutMs, lookMs) : lookMs;
     while (!process.waitForFinished(look))
     {
-        if (progress->shouldCancel())
+        if (limit.isInterrupted())
         {
             end(process, true);
+            output.settle();
             return cancelled(program);
         }
-        if (options.timeoutMs != 0 && Clock::now() - begin >= std::chrono::milliseconds(options.timeoutMs))
+        if (limit.isTimedOut())
         {
             end(process, false);
+            output.settle();
             fail(program, "not finished within " + std::to_string(options.timeoutMs) + " ms");
             return timedOut;
         }
@@ -123,7 +144,9 @@ ExitCode runRun(const RunOptions& options)
 {
     const std::string& program = options.command.front();
     const bool logs = !kyLog::get().getCurrentLogFileNameUtf8().empty();
-    Channel channels[] = {{stdout, "out", logs}, {stderr, "err", logs}};
+    const Limit limit(options.timeoutMs);
+    OutputQueue output([&limit] { return limit.isReached(); });
+    Channel channels[] = {{output, stdout, "out", logs}, {output, stderr, "err", logs}};
     kyProcess process;
     process.setWorkingDirectory(options.folder);
     process.setProcessEnvironmentUtf8(environmentOf(options));
@@ -136,7 +159,7 @@ ExitCode runRun(const RunOptions& options)
         fail(program, "cannot be started");
         return notStarted;
     }
-    const ExitCode result = waitFor(process, options);
+    const ExitCode result = waitFor(process, options, limit, output);
     for (Channel& channel : channels)
         channel.finish();
     return result;
