@@ -82,7 +82,7 @@ struct OpenFolder::State
         struct stat info = {};
         if (listed.d_type == DT_UNKNOWN && fstatat(folder, listed.d_name, &info, AT_SYMLINK_NOFOLLOW) == 0)
             return native::kindOf(info.st_mode);
-        return native::kindOf(DTTOIF(listed.d_type));
+        return native::kindOf(static_cast<mode_t>(DTTOIF(listed.d_type)));
     }
 };
 
