@@ -14,7 +14,7 @@ else()
 endif()
 
 if(KYSYSTEM_SANITIZE)
-  target_compile_options(ky_build_options INTERFACE -fsanitize=${KYSYSTEM_SANITIZE} -fno-sanitize-recover=all -g)
+  target_compile_options(ky_build_options INTERFACE -fsanitize=${KYSYSTEM_SANITIZE} -fno-sanitize-recover=all)
   target_link_options(ky_build_options INTERFACE -fsanitize=${KYSYSTEM_SANITIZE})
   target_compile_definitions(ky_build_options INTERFACE KY_SANITIZED)
   # GCC loses track of initialisation through its own instrumentation, inside <regex> for one.
