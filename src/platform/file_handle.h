@@ -61,6 +61,8 @@ public:
     bool close();
 
 private:
+    friend ErrorCode passRights(const std::string& model, FileHandle& file, const std::string& nameUtf8);
+
     static constexpr std::intptr_t invalidHandle = -1;
     std::intptr_t mHandle = invalidHandle;
 };
@@ -88,8 +90,13 @@ bool isRefusal(ErrorCode code);
 /// pipe, nor a link that leads nowhere.
 bool isReplaceable(const std::string& pathUtf8);
 
-/// Moves the finished file `temporary` over `target`, keeping `target`'s permissions where it exists. A link at
-/// `target` stays a link: what it points to is replaced. 0 on success.
+/// Gives the open `file` the permissions of the file `model` where there is one, as far as this user may: owner, group
+/// and mode on Linux, access list and attributes on Windows. On Linux it is the open file that gets them, whatever
+/// somebody else may have put under its name meanwhile; Windows goes by the name. 0 on success.
+ErrorCode passRights(const std::string& model, FileHandle& file, const std::string& nameUtf8);
+
+/// Moves the finished and closed file `temporary` over `target`, where the system lets it also while others have
+/// `target` open. 0 on success.
 ErrorCode replaceFile(const std::string& temporary, const std::string& target);
 
 /// The file that `pathUtf8` leads to when it is a link; the path itself otherwise or when that cannot be told.

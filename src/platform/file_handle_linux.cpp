@@ -154,22 +154,21 @@ bool isReplaceable(const std::string& pathUtf8)
     return isMissingFile(errno) && lstat(path.c_str(), &info) != 0;
 }
 
-ErrorCode replaceFile(const std::string& temporary, const std::string& target)
+ErrorCode passRights(const std::string& model, FileHandle& file, const std::string&)
 {
     struct stat info = {};
-    const std::string source = systemPath(temporary);
-    if (stat(systemPath(target).c_str(), &info) == 0)
-    {
-        // Ownership can be given away only by root, but the group by each of its members; it and the permissions are
-        // what other users of the file depend on.
-        if (chown(source.c_str(), info.st_uid, info.st_gid) != 0 &&
-            chown(source.c_str(), static_cast<uid_t>(-1), info.st_gid) != 0 && errno != EPERM)
-            return errno;
-        if (chmod(source.c_str(), info.st_mode & 07777) != 0)
-            return errno;
-    }
-    return renameFile(temporary, target);
+    if (stat(systemPath(model).c_str(), &info) != 0)
+        return 0;
+    // Ownership can be given away only by root, but the group by each of its members; it and the permissions are what
+    // other users of the file depend on.
+    const int descriptor = toDescriptor(file.mHandle);
+    if (fchown(descriptor, info.st_uid, info.st_gid) != 0 &&
+        fchown(descriptor, static_cast<uid_t>(-1), info.st_gid) != 0 && errno != EPERM)
+        return errno;
+    return fchmod(descriptor, info.st_mode & 07777) == 0 ? 0 : errno;
 }
+
+ErrorCode replaceFile(const std::string& temporary, const std::string& target) { return renameFile(temporary, target); }
 
 std::string resolveLinks(const std::string& pathUtf8)
 {

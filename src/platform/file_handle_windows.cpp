@@ -152,18 +152,23 @@ bool isReplaceable(const std::string& pathUtf8)
     return regular;
 }
 
+ErrorCode passRights(const std::string& model, FileHandle&, const std::string& nameUtf8)
+{
+    const std::wstring from = widePath(model);
+    const std::wstring to = widePath(nameUtf8);
+    const DWORD attributes = GetFileAttributesW(from.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES)
+    {
+        copyAccessRights(from, to);
+        SetFileAttributesW(to.c_str(), attributes);
+    }
+    return 0;
+}
+
 ErrorCode replaceFile(const std::string& temporary, const std::string& target)
 {
     // Not ReplaceFileW: for a moment it leaves nothing under the target's name. A rename is one step.
-    const std::wstring from = widePath(temporary);
-    const std::wstring to = widePath(target);
-    const DWORD attributes = GetFileAttributesW(to.c_str());
-    if (attributes != INVALID_FILE_ATTRIBUTES)
-    {
-        copyAccessRights(to, from);
-        SetFileAttributesW(from.c_str(), attributes);
-    }
-    return renameOverOpenFile(from, to) ? 0 : renameFile(temporary, target);
+    return renameOverOpenFile(widePath(temporary), widePath(target)) ? 0 : renameFile(temporary, target);
 }
 
 std::string resolveLinks(const std::string& pathUtf8)

@@ -109,8 +109,9 @@ Outcome writeBeside(const std::string& target, bool exists, std::string_view tex
     if (!file.isOpen())
         return Outcome::Failed;
     const bool complete = writeAll(file, text) && file.flushToDisk();
+    const bool mayTakeItsPlace = complete && native::passRights(target, file, temporary) == 0;
     const bool closed = file.close();
-    if (complete && closed && renameOver(temporary, target))
+    if (mayTakeItsPlace && closed && renameOver(temporary, target))
         return Outcome::Written;
     native::removeFile(temporary);
     return complete && closed ? Outcome::NotPossible : Outcome::Failed;

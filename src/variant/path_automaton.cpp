@@ -161,7 +161,8 @@ bool PathAutomaton::parseClass()
             set.set(indexOf('-'));
             continue;
         }
-        if (high == '\\' || high == '[' || high == '-' || indexOf(high) > 127 || indexOf(low) > indexOf(high))
+        if (atEnd() || high == '\\' || high == '[' || high == '-' || indexOf(high) > 127 ||
+            indexOf(low) > indexOf(high))
             return false;
         ++at_;
         for (std::size_t i = indexOf(low); i <= indexOf(high); ++i)

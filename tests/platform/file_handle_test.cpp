@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "platform/file_handle.h"
+#include "support/fs_path.h"
 #include "support/temp_dir.h"
 
 #include <gtest/gtest.h>
@@ -7,7 +8,10 @@
 namespace
 {
 
+namespace fs = std::filesystem;
+
 using namespace ky::impl::native;
+using ky::test::fsPath;
 using ky::test::TempDir;
 
 bool put(FileHandle& file, const std::string& text)
@@ -65,17 +69,39 @@ TEST(FileHandle, RenamesAndRemovesWhileOpen)
 TEST(FileHandle, ReplacesExistingAndMissingTargets)
 {
     const TempDir dir;
+    ErrorCode error = 0;
     ky::test::writeFile(dir.file("target"), "before");
-    for (const char* content : {"first", "second"})
+    for (const char* const name : {"target", "target", "fresh"})
     {
-        ky::test::writeFile(dir.file("temporary"), content);
-        EXPECT_EQ(replaceFile(dir.file("temporary"), dir.file("target")), 0);
-        EXPECT_EQ(ky::test::readFile(dir.file("target")), content);
+        FileHandle file = FileHandle::open(dir.file("temporary"), OpenMode::CreatePrivate, error);
+        EXPECT_TRUE(put(file, name));
+        EXPECT_EQ(passRights(dir.file(name), file, dir.file("temporary")), 0);
+        EXPECT_TRUE(file.close());
+        EXPECT_EQ(replaceFile(dir.file("temporary"), dir.file(name)), 0);
+        EXPECT_EQ(ky::test::readFile(dir.file(name)), name);
         EXPECT_FALSE(pathExists(dir.file("temporary")));
     }
-    ky::test::writeFile(dir.file("temporary"), "third");
-    EXPECT_EQ(replaceFile(dir.file("temporary"), dir.file("fresh")), 0);
-    EXPECT_EQ(ky::test::readFile(dir.file("fresh")), "third");
+}
+
+// Whoever may write to the folder could otherwise have another file's rights changed.
+TEST(FileHandle, RightsGoToTheOpenFileWhateverHasItsName)
+{
+    const TempDir dir;
+    const auto rightsOf = [&](const char* name) { return fs::status(fsPath(dir.file(name))).permissions(); };
+    for (const char* const name : {"model", "victim"})
+        ky::test::writeFile(dir.file(name), "");
+    fs::permissions(fsPath(dir.file("model")), fs::perms::owner_all | fs::perms::others_read);
+    fs::permissions(fsPath(dir.file("victim")), fs::perms::owner_read | fs::perms::owner_write);
+    const fs::perms before = rightsOf("victim");
+    if (before == rightsOf("model"))
+        GTEST_SKIP() << "no rights in the mode of a file here";
+    ErrorCode error = 0;
+    FileHandle file = FileHandle::open(dir.file("open"), OpenMode::CreatePrivate, error);
+    EXPECT_EQ(renameFile(dir.file("open"), dir.file("moved")), 0);
+    fs::create_symlink(fsPath(dir.file("victim")), fsPath(dir.file("open")));
+    EXPECT_EQ(passRights(dir.file("model"), file, dir.file("open")), 0);
+    EXPECT_EQ(rightsOf("victim"), before);
+    EXPECT_EQ(rightsOf("moved"), rightsOf("model"));
 }
 
 TEST(FileHandle, LongPathsWork)

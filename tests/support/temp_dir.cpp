@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "support/temp_dir.h"
 
+#include "support/fs_path.h"
+
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <fstream>
 #include <random>
 #include <sstream>
@@ -15,8 +16,6 @@ namespace fs = std::filesystem;
 
 namespace
 {
-
-fs::path toPath(const std::string& utf8) { return fs::path(std::u8string(utf8.begin(), utf8.end())); }
 
 std::string toUtf8(const fs::path& path)
 {
@@ -33,7 +32,7 @@ TempDir::TempDir()
     {
         std::ostringstream name;
         name << "ky-t\xC3\xA4st-\xE6\x97\xA5-" << std::hex << random() << random();
-        const fs::path candidate = fs::temp_directory_path() / toPath(name.str());
+        const fs::path candidate = fs::temp_directory_path() / fsPath(name.str());
         if (fs::create_directory(candidate))
         {
             mPath = toUtf8(candidate);
@@ -45,12 +44,12 @@ TempDir::TempDir()
 TempDir::~TempDir()
 {
     std::error_code ignored;
-    fs::remove_all(toPath(mPath), ignored);
+    fs::remove_all(fsPath(mPath), ignored);
 }
 
 std::string readFile(const std::string& pathUtf8)
 {
-    std::ifstream in(toPath(pathUtf8), std::ios::binary);
+    std::ifstream in(fsPath(pathUtf8), std::ios::binary);
     std::ostringstream content;
     content << in.rdbuf();
     return content.str();
@@ -58,7 +57,7 @@ std::string readFile(const std::string& pathUtf8)
 
 void writeFile(const std::string& pathUtf8, const std::string& content)
 {
-    std::ofstream out(toPath(pathUtf8), std::ios::binary | std::ios::trunc);
+    std::ofstream out(fsPath(pathUtf8), std::ios::binary | std::ios::trunc);
     out.write(content.data(), static_cast<std::streamsize>(content.size()));
     out.close();
     ASSERT_TRUE(out.good()) << pathUtf8;
@@ -67,9 +66,9 @@ void writeFile(const std::string& pathUtf8, const std::string& content)
 bool exists(const std::string& pathUtf8)
 {
     std::error_code ignored;
-    return fs::exists(toPath(pathUtf8), ignored);
+    return fs::exists(fsPath(pathUtf8), ignored);
 }
 
-void makeFolder(const std::string& pathUtf8) { ASSERT_TRUE(fs::create_directories(toPath(pathUtf8))) << pathUtf8; }
+void makeFolder(const std::string& pathUtf8) { ASSERT_TRUE(fs::create_directories(fsPath(pathUtf8))) << pathUtf8; }
 
 } // namespace ky::test

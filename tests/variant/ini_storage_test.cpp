@@ -3,6 +3,7 @@
 #include "ini_support.h"
 
 #include "support/child_process.h"
+#include "support/fs_path.h"
 #include "support/soak.h"
 #include "support/temp_dir.h"
 
@@ -12,7 +13,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <random>
@@ -26,12 +26,10 @@ namespace fs = std::filesystem;
 using namespace ky;
 using namespace ky::test;
 
-fs::path toPath(const std::string& utf8) { return fs::path(std::u8string(utf8.begin(), utf8.end())); }
-
 std::size_t entriesIn(const TempDir& dir)
 {
     return static_cast<std::size_t>(
-        std::distance(fs::directory_iterator(toPath(dir.path())), fs::directory_iterator()));
+        std::distance(fs::directory_iterator(fsPath(dir.path())), fs::directory_iterator()));
 }
 
 const std::string text = "[General]\na=1\n";
@@ -57,7 +55,7 @@ TEST(IniStorage, PathTooLongForAnotherNameBesideIt)
     while (folder.size() < 4080)
         folder.append("/").append(std::min<std::size_t>(200, 4080 - folder.size()), 'd');
     std::error_code error;
-    fs::create_directories(toPath(folder), error);
+    fs::create_directories(fsPath(folder), error);
     if (error)
         GTEST_SKIP() << "no paths of this length here";
     EXPECT_TRUE(SaveIniFile(folder + "/t.ini", tree, false));
@@ -71,12 +69,12 @@ TEST(IniStorage, KeepsRightsAndRespectsThem)
     const std::string path = dir.file("t.ini");
     writeFile(path, "old");
     const auto rights = fs::perms::owner_read | fs::perms::owner_write | fs::perms::others_read;
-    fs::permissions(toPath(path), rights);
-    const fs::perms before = fs::status(toPath(path)).permissions();
+    fs::permissions(fsPath(path), rights);
+    const fs::perms before = fs::status(fsPath(path)).permissions();
     EXPECT_TRUE(SaveIniFile(path, tree, false));
-    EXPECT_EQ(fs::status(toPath(path)).permissions(), before);
-    fs::permissions(toPath(path), fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
-    if (std::ofstream(toPath(path), std::ios::app).is_open())
+    EXPECT_EQ(fs::status(fsPath(path)).permissions(), before);
+    fs::permissions(fsPath(path), fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
+    if (std::ofstream(fsPath(path), std::ios::app).is_open())
         GTEST_SKIP() << "write protection does not bind this user";
     EXPECT_FALSE(SaveIniFile(path, {{"b", 2}}, false));
     EXPECT_EQ(readFile(path), text);
@@ -88,16 +86,16 @@ TEST(IniStorage, FollowsLinks)
     const TempDir other;
     writeFile(other.file("real.ini"), "old");
     std::error_code error;
-    fs::create_symlink(toPath(other.file("real.ini")), toPath(dir.file("link.ini")), error);
+    fs::create_symlink(fsPath(other.file("real.ini")), fsPath(dir.file("link.ini")), error);
     if (error)
         GTEST_SKIP() << "no symbolic links here";
     EXPECT_TRUE(SaveIniFile(dir.file("link.ini"), tree, false));
-    EXPECT_TRUE(fs::is_symlink(toPath(dir.file("link.ini"))));
+    EXPECT_TRUE(fs::is_symlink(fsPath(dir.file("link.ini"))));
     EXPECT_EQ(readFile(other.file("real.ini")), text);
     // A link that leads nowhere yet.
-    fs::create_symlink(toPath(other.file("new.ini")), toPath(dir.file("dangling.ini")));
+    fs::create_symlink(fsPath(other.file("new.ini")), fsPath(dir.file("dangling.ini")));
     EXPECT_TRUE(SaveIniFile(dir.file("dangling.ini"), tree, false));
-    EXPECT_TRUE(fs::is_symlink(toPath(dir.file("dangling.ini"))));
+    EXPECT_TRUE(fs::is_symlink(fsPath(dir.file("dangling.ini"))));
     EXPECT_EQ(readFile(other.file("new.ini")), text);
 }
 
