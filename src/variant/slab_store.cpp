@@ -2,6 +2,7 @@
 #include "variant/slab_store.h"
 
 #include "platform/fork_native.h"
+#include "platform/spare_list.h"
 #include "variant/pages.h"
 
 #include <algorithm>
@@ -69,9 +70,7 @@ struct SlabStore
 {
     std::mutex mutex;
     std::array<SlabClass, largestBlockClass + 1> classes;
-    Slab* kept = nullptr;
-    std::size_t keptCount = 0;
-    std::size_t keptLimit = keptSlabs;
+    SpareList<Slab> kept{keptSlabs};
 
     Slab& roomyFor(std::size_t sizeClass);
     void putBack(std::size_t sizeClass, Slab& slab, FreeBlock* first, FreeBlock* last, std::size_t count) noexcept;
@@ -86,12 +85,7 @@ struct StoreCloser
     ~StoreCloser()
     {
         const std::lock_guard lock(store.mutex);
-        store.keptLimit = 0;
-        while (Slab* const slab = store.kept)
-        {
-            store.kept = slab->next;
-            native::freePages(slab, slabSize);
-        }
+        store.kept.close([](Slab* slab) { native::freePages(slab, slabSize); });
     }
 };
 const StoreCloser closer;
@@ -104,13 +98,8 @@ Slab& SlabStore::roomyFor(std::size_t sizeClass)
     SlabClass& slabs = classes[sizeClass];
     if (slabs.first != nullptr)
         return *slabs.first;
-    void* pages = kept;
-    if (pages != nullptr)
-    {
-        kept = kept->next;
-        --keptCount;
-    }
-    else // the first slab of a size may stay as good as empty
+    void* pages = kept.take();
+    if (pages == nullptr) // the first slab of a size may stay as good as empty
         pages = native::allocatePages(slabSize, slabs.slabs != 0);
     if (pages == nullptr)
         throw std::bad_alloc();
@@ -145,14 +134,8 @@ void SlabStore::putBack(std::size_t sizeClass, Slab& slab, FreeBlock* first, Fre
 
 void SlabStore::retire(Slab& slab) noexcept
 {
-    if (keptCount >= keptLimit)
-    {
+    if (!kept.keep(slab))
         native::freePages(&slab, slabSize);
-        return;
-    }
-    slab.next = kept;
-    kept = &slab;
-    ++keptCount;
 }
 
 } // namespace
