@@ -87,7 +87,7 @@ void endBy(int number, bool willFaultAgain) noexcept
 
 /// Milliseconds that a thread waits for another one's report, before it writes its own and ends the process. With the
 /// second that the last message may take the process ends in time.
-constexpr int patience = 900;
+constexpr int patience = 700;
 
 /// The thread whose signal is being reported.
 std::atomic<std::uint32_t> sReporter{0};
