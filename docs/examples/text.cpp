@@ -52,7 +52,7 @@ int main()
 
     std::string unknown = "caf\xE9";
     if (!ky::kyStringUtils::IsUtf8String(unknown))
-        unknown = ky::kyStringUtils::UnknownEncodingToUtf8(unknown, '?'); // "caf?"
+        unknown = ky::kyStringUtils::UnknownEncodingToUtf8(unknown, '?'); // "caf\xC3\xA9" by Windows-1252
     // [first]
     expect(fields == std::vector<std::string>{"name", "size"}, "two fields");
     expect(text == "a &lt; b", "the text is escaped");

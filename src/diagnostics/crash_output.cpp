@@ -2,12 +2,11 @@
 #include "diagnostics/crash_output.h"
 
 #include "concurrency/sync_native.h"
-#include "diagnostics/crash_output_native.h"
+#include "diagnostics/bounded_wait.h"
 #include "diagnostics/event_log_native.h"
 #include "diagnostics/fault_text.h"
 #include "diagnostics/log_file_native.h"
 #include "diagnostics/log_line.h"
-#include "platform/clock_native.h"
 
 #include <ky/kyMutex.h>
 
@@ -58,20 +57,6 @@ Memory& memoryOf(bool last) { return sMemories[last ? 1 : 0]; }
 /// Milliseconds that the last message waits for the logger's lock, and that other crashing threads are held.
 constexpr int lastPatience = 200;
 constexpr int holdOthers = 1500;
-
-template <typename Try>
-bool tryFor(int milliseconds, Try attempt) noexcept
-{
-    // By the clock: on a busy machine each pause lasts many times as long as it should.
-    const std::int64_t end = native::ticksSinceStartMs() + milliseconds;
-    while (!attempt())
-    {
-        if (native::ticksSinceStartMs() >= end)
-            return false;
-        native::pauseBriefly();
-    }
-    return true;
-}
 
 /// The logger's lock, if it can be had in time.
 class BoundedSection

@@ -306,9 +306,8 @@ void kyLog::installFileHandlerExUtf8(const std::string& pathUtf8, int flags, lon
     if (installed)
         return;
     removeFileHandler();
-    if (msInstance != nullptr)
-        kyLogObject(kyLogType::CRITICAL, nullptr, msInstance, nullptr)
-            << "Fail to install log file handler to " << impl::escapeControls(pathUtf8);
+    kyLogObject(kyLogType::CRITICAL, nullptr, this, nullptr)
+        << "Fail to install log file handler to " << impl::escapeControls(pathUtf8);
 }
 
 void kyLog::installFileHandlerUtf8(const std::string& pathUtf8) { installFileHandlerExUtf8(pathUtf8, 0, -1, 0); }

@@ -139,6 +139,8 @@ std::string* copyOf(const char* text) noexcept
 
 void kyLogObject::keepNames(const char* qualifier, const char* systemLogSource) noexcept
 {
+    if (!isOn()) // the caller's own type may say so
+        return;
     if (systemLogSource != nullptr)
         mSystemLogSource = impl::copyOf(systemLogSource);
     if (qualifier != nullptr && *qualifier != '\0')

@@ -2,7 +2,7 @@
 #include "diagnostics/signal_table_linux.h"
 
 #include "concurrency/sync_native.h"
-#include "diagnostics/crash_output_native.h"
+#include "diagnostics/bounded_wait.h"
 #include "platform/processor.h"
 
 #include <atomic>
@@ -85,8 +85,9 @@ void endBy(int number, bool willFaultAgain) noexcept
     syscall(SYS_tgkill, getpid(), gettid(), number);
 }
 
-/// Milliseconds that a thread waits for another one's report, before it ends the process.
-constexpr int patience = 1500;
+/// Milliseconds that a thread waits for another one's report, before it writes its own and ends the process. With the
+/// second that the last message may take the process ends in time.
+constexpr int patience = 700;
 
 /// The thread whose signal is being reported.
 std::atomic<std::uint32_t> sReporter{0};
@@ -98,14 +99,13 @@ public:
     Turn() noexcept
     {
         const std::uint32_t self = currentThreadId();
-        for (int waited = 0; waited <= patience; ++waited)
-        {
-            std::uint32_t reporter = 0;
-            mIsOwn = sReporter.compare_exchange_strong(reporter, self);
-            if (mIsOwn || reporter == self) // a fault of the report itself
-                return;
-            pauseBriefly();
-        }
+        tryFor(patience,
+               [&]
+               {
+                   std::uint32_t reporter = 0;
+                   mIsOwn = sReporter.compare_exchange_strong(reporter, self);
+                   return mIsOwn || reporter == self; // a fault of the report itself
+               });
     }
     ~Turn()
     {

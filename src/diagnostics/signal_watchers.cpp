@@ -38,8 +38,6 @@ void report(int number, native::SignalOrigin origin) noexcept
 
 void registerWatchers()
 {
-    if (sRegistered)
-        return;
     // What a crash must not ask for.
     LineClock().text();
     native::prepareThread();
@@ -50,8 +48,6 @@ void registerWatchers()
 
 void unregisterWatchers()
 {
-    if (!sRegistered)
-        return;
     for (const int number : watchedSignals)
         native::unwatchSignal(number);
     sRegistered = false;

@@ -4,11 +4,10 @@
 namespace ky::impl
 {
 
-/// Installs the process-wide watchers for SIGFPE, SIGILL and SIGSEGV, in this order. Without effect when they are in
-/// place.
+/// Installs the process-wide watchers for SIGFPE, SIGILL and SIGSEGV, in this order. They must not be in place.
 void registerWatchers();
 
-/// Takes them back, in the same order. Without effect when they are not in place.
+/// Takes them back, in the same order.
 void unregisterWatchers();
 
 } // namespace ky::impl

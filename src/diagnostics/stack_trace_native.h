@@ -19,8 +19,8 @@ enum class TraceSupport
 TraceSupport openTrace(const Fault& fault) noexcept;
 void closeTrace() noexcept;
 
-/// After a fault between the two: the calling thread gives back what it held of them, and they do with less from now
-/// on.
+/// After a fault that may have happened between the two: the calling thread gives back what it held of them, and if it
+/// held anything, they do with less from now on.
 void abandonTrace() noexcept;
 
 /// The frames of the fault; walks the stack where its context is still there.

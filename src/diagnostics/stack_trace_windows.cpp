@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "diagnostics/stack_trace_native.h"
 
+#include "diagnostics/bounded_wait.h"
 #include "platform/demangle.h"
 #include "platform/win32.h"
 
@@ -58,18 +59,20 @@ TraceSupport load() noexcept
 /// Waits for a while, then goes on: two threads in the library at worst garble their symbols.
 void enter() noexcept
 {
-    DWORD nobody = 0;
-    for (int n = 0; n < 5000 && !sUser.compare_exchange_strong(nobody, GetCurrentThreadId()); ++n)
-    {
-        nobody = 0;
-        Sleep(1);
-    }
+    constexpr int patience = 5000;
+    tryFor(patience,
+           []
+           {
+               DWORD nobody = 0;
+               return sUser.compare_exchange_strong(nobody, GetCurrentThreadId());
+           });
 }
 
-void leave() noexcept
+/// Whether the library was this thread's.
+bool leave() noexcept
 {
     DWORD self = GetCurrentThreadId();
-    sUser.compare_exchange_strong(self, 0);
+    return sUser.compare_exchange_strong(self, 0);
 }
 
 void describeModule(std::uintptr_t address, FrameText& text) noexcept
@@ -127,8 +130,8 @@ void closeTrace() noexcept { leave(); }
 
 void abandonTrace() noexcept
 {
-    sBroken = true;
-    leave();
+    if (leave())
+        sBroken = true;
 }
 
 StackFrames framesOf(const Fault& fault) noexcept

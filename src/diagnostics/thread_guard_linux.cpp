@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "diagnostics/thread_guard_linux.h"
 
+#include "platform/spare_list.h"
+
 #include <mutex>
 #include <new>
 #include <pthread.h>
 #include <sys/mman.h>
-#include <utility>
 
 namespace ky::impl::native
 {
@@ -22,14 +23,13 @@ constexpr std::size_t guardSize = (sizeof(ThreadGuard) + page - 1) / page * page
 constexpr std::size_t wholeSize = page + signalStackSize + guardSize;
 
 /// Mapping and unmapping its memory costs more than the rest of starting a thread: that much is kept for others.
-constexpr int mostSpares = 32;
+constexpr std::size_t mostSpares = 32;
 
 struct AllGuards
 {
     std::mutex mutex;
     ThreadGuard* first = nullptr;
-    ThreadGuard* spare = nullptr; ///< of threads that have ended, linked by `next`
-    int spareLimit = mostSpares;  ///< how many more may be kept
+    SpareList<ThreadGuard> spares{mostSpares}; ///< of threads that have ended
 };
 
 constinit AllGuards sAll;
@@ -65,22 +65,13 @@ bool removeFromAll(ThreadGuard* guard) noexcept
     (guard->previous == nullptr ? sAll.first : guard->previous->next) = guard->next;
     if (guard->next != nullptr)
         guard->next->previous = guard->previous;
-    if (sAll.spareLimit == 0)
-        return false;
-    --sAll.spareLimit;
-    guard->next = std::exchange(sAll.spare, guard);
-    return true;
+    return sAll.spares.keep(*guard);
 }
 
 void* takeSpare() noexcept
 {
     const std::lock_guard lock(sAll.mutex);
-    ThreadGuard* const guard = sAll.spare;
-    if (guard == nullptr)
-        return nullptr;
-    sAll.spare = guard->next;
-    ++sAll.spareLimit;
-    return guard;
+    return sAll.spares.take();
 }
 
 /// Gives the spares back when the library is unloaded.
@@ -89,12 +80,7 @@ struct SpareKeeper
     ~SpareKeeper()
     {
         const std::lock_guard lock(sAll.mutex);
-        sAll.spareLimit = 0;
-        while (ThreadGuard* const guard = sAll.spare)
-        {
-            sAll.spare = guard->next;
-            unmapGuard(guard);
-        }
+        sAll.spares.close(&unmapGuard);
     }
 };
 const SpareKeeper spareKeeper;

@@ -50,16 +50,11 @@ String resultOf(bool converted, String& result, const char* message)
     return {};
 }
 
-std::wstring decodeAnsi(std::string_view text)
+template <native::CodePage Page>
+std::wstring decode(std::string_view text)
 {
     std::wstring wide;
-    return resultOf(native::decode(native::CodePage::Ansi, text, wide), wide, decodingFailed);
-}
-
-std::wstring decodeUtf8(std::string_view text)
-{
-    std::wstring wide;
-    return resultOf(native::decode(native::CodePage::Utf8, text, wide), wide, decodingFailed);
+    return resultOf(native::decode(Page, text, wide), wide, decodingFailed);
 }
 
 std::wstring decodeAscii(std::string_view text)
@@ -68,16 +63,11 @@ std::wstring decodeAscii(std::string_view text)
     return resultOf(isSevenBit(text) && native::decodeAscii(cLocale, text, wide), wide, asciiFailed);
 }
 
-std::string encodeAnsi(std::wstring_view text)
+template <native::CodePage Page>
+std::string encode(std::wstring_view text)
 {
     std::string bytes;
-    return resultOf(native::encode(native::CodePage::Ansi, text, bytes), bytes, encodingFailed);
-}
-
-std::string encodeUtf8(std::wstring_view text)
-{
-    std::string bytes;
-    return resultOf(native::encode(native::CodePage::Utf8, text, bytes), bytes, encodingFailed);
+    return resultOf(native::encode(Page, text, bytes), bytes, encodingFailed);
 }
 
 std::string encodeAscii(std::wstring_view text)
@@ -88,8 +78,11 @@ std::string encodeAscii(std::wstring_view text)
 
 // Indexed by kyCharSet.
 constexpr std::size_t charSetCount = 3;
-constexpr std::wstring (*decoders[charSetCount])(std::string_view) = {&decodeAnsi, &decodeUtf8, &decodeAscii};
-constexpr std::string (*encoders[charSetCount])(std::wstring_view) = {&encodeAnsi, &encodeUtf8, &encodeAscii};
+using native::CodePage;
+constexpr std::wstring (*decoders[charSetCount])(std::string_view) = {&decode<CodePage::Ansi>, &decode<CodePage::Utf8>,
+                                                                      &decodeAscii};
+constexpr std::string (*encoders[charSetCount])(std::wstring_view) = {&encode<CodePage::Ansi>, &encode<CodePage::Utf8>,
+                                                                      &encodeAscii};
 
 bool isCharSet(kyStringUtils::kyCharSet value) { return static_cast<std::size_t>(value) < charSetCount; }
 

@@ -171,7 +171,7 @@ Ratio approximate(double value, std::int64_t maxDenominator)
     const std::int64_t times = std::min(mostTimes(last.denominator, previous.denominator, maxDenominator),
                                         mostTimes(last.numerator, previous.numerator, mostInteger));
     const Ratio between = extended(times);
-    if (between.denominator > 0 && between.distanceTo(value) < last.distanceTo(value))
+    if (between.distanceTo(value) < last.distanceTo(value))
         return between;
     return last;
 }

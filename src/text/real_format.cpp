@@ -156,10 +156,10 @@ std::size_t writeCommon(char* begin, double value, int precision) noexcept
     }
 }
 
-/// The same with few decimals; empty where it gives up.
+/// The same with few decimals, 0 or more; empty where it gives up.
 std::string fewDecimals(double value, int precision)
 {
-    if (precision < 0 || precision > mostShortDigits)
+    if (precision > mostShortDigits)
         return {};
     const double scaled = std::fabs(value) * power(precision);
     if (!(scaled < 1e9))

@@ -68,7 +68,7 @@ std::string_view nameOf(const std::string_view (&names)[Count], int index) noexc
     return index >= 0 && static_cast<std::size_t>(index) < Count ? names[index] : std::string_view("?");
 }
 
-/// The conversions with names, and the one with a blank that some C runtimes lack; false for all others.
+/// The conversions with names; false for all others.
 bool putNamed(Text& text, char conversion, const std::tm& time) noexcept
 {
     switch (conversion)
@@ -79,15 +79,64 @@ bool putNamed(Text& text, char conversion, const std::tm& time) noexcept
     case 'h': text.put(nameOf(months, time.tm_mon).substr(0, 3)); return true;
     case 'B': text.put(nameOf(months, time.tm_mon)); return true;
     case 'p': text.put(time.tm_hour < 12 ? "AM" : "PM"); return true;
-    case 'e':
-    {
-        char number[16];
-        std::snprintf(number, sizeof(number), "%2d", time.tm_mday);
-        text.put(number);
-        return true;
-    }
     default: return false;
     }
+}
+
+struct IsoWeek
+{
+    int year;
+    int week; ///< 1 to 53
+};
+
+/// Whether the year has 53 weeks by ISO 8601: it begins or ends with a Thursday.
+bool isLongYear(int year) noexcept
+{
+    const auto lastWeekday = [](int of) { return (of + of / 4 - of / 100 + of / 400) % 7; };
+    return lastWeekday(year) == 4 || lastWeekday(year - 1) == 3;
+}
+
+IsoWeek isoWeekOf(const std::tm& time) noexcept
+{
+    const int year = time.tm_year + 1900;
+    const int weekday = time.tm_wday == 0 ? 7 : time.tm_wday;
+    const int week = (time.tm_yday + 1 - weekday + 10) / 7;
+    if (week < 1)
+        return {year - 1, isLongYear(year - 1) ? 53 : 52};
+    return week == 53 && !isLongYear(year) ? IsoWeek{year + 1, 1} : IsoWeek{year, week};
+}
+
+/// The numbers that some C runtimes lack; false for all others.
+bool putNumber(Text& text, char conversion, const std::tm& time) noexcept
+{
+    char number[16];
+    const auto put = [&](const char* format, int value)
+    {
+        std::snprintf(number, sizeof(number), format, value);
+        text.put(number);
+        return true;
+    };
+    switch (conversion)
+    {
+    case 'e': return put("%2d", time.tm_mday);
+    case 'C': return put("%02d", (time.tm_year + 1900) / 100);
+    case 'u': return put("%d", time.tm_wday == 0 ? 7 : time.tm_wday);
+    case 'V': return put("%02d", isoWeekOf(time).week);
+    case 'g': return put("%02d", isoWeekOf(time).year % 100);
+    case 'G': return put("%d", isoWeekOf(time).year);
+    default: return false;
+    }
+}
+
+/// Those that every C runtime has. Some end the process at any other.
+bool putByRuntime(Text& text, char conversion, const std::tm& time) noexcept
+{
+    if (std::string_view("dHIjmMSUwWyYzZ%").find(conversion) == std::string_view::npos)
+        return false;
+    const char format[] = {'%', conversion, '\0'};
+    char piece[64];
+    text.put({piece, std::strftime(piece, sizeof(piece), format, &time)});
+    return true;
 }
 
 void putFormatted(Text& text, std::string_view format, const std::tm& time) noexcept
@@ -106,11 +155,11 @@ void putFormatted(Text& text, std::string_view format, const std::tm& time) noex
         const std::string_view longer = expansion(format[i]);
         if (!longer.empty())
             putFormatted(text, longer, time);
-        else if (!putNamed(text, format[i], time))
+        else if (!putNamed(text, format[i], time) && !putNumber(text, format[i], time) &&
+                 !putByRuntime(text, format[i], time))
         {
-            const char conversion[] = {'%', format[i], '\0'};
-            char number[32];
-            text.put({number, std::strftime(number, sizeof(number), conversion, &time)});
+            text.put("%");
+            text.put(format.substr(i, 1));
         }
     }
 }

@@ -2,7 +2,7 @@
 #include "variant/slab_store.h"
 
 #include "platform/fork_native.h"
-#include "platform/spare_chain.h"
+#include "platform/spare_list.h"
 #include "variant/pages.h"
 
 #include <algorithm>
@@ -70,10 +70,11 @@ struct SlabStore
 {
     std::mutex mutex;
     std::array<SlabClass, largestBlockClass + 1> classes;
-    SpareChain<Slab> spares{keptSlabs};
+    SpareList<Slab> kept{keptSlabs};
 
     Slab& roomyFor(std::size_t sizeClass);
     void putBack(std::size_t sizeClass, Slab& slab, FreeBlock* first, FreeBlock* last, std::size_t count) noexcept;
+    void retire(Slab& slab) noexcept;
 };
 
 constinit SlabStore store;
@@ -84,7 +85,7 @@ struct StoreCloser
     ~StoreCloser()
     {
         const std::lock_guard lock(store.mutex);
-        store.spares.close([](Slab* slab) { native::freePages(slab, slabSize); });
+        store.kept.close([](Slab* slab) { native::freePages(slab, slabSize); });
     }
 };
 const StoreCloser closer;
@@ -97,7 +98,7 @@ Slab& SlabStore::roomyFor(std::size_t sizeClass)
     SlabClass& slabs = classes[sizeClass];
     if (slabs.first != nullptr)
         return *slabs.first;
-    void* pages = spares.take();
+    void* pages = kept.take();
     if (pages == nullptr) // the first slab of a size may stay as good as empty
         pages = native::allocatePages(slabSize, slabs.slabs != 0);
     if (pages == nullptr)
@@ -121,8 +122,7 @@ void SlabStore::putBack(std::size_t sizeClass, Slab& slab, FreeBlock* first, Fre
         if (slab.listed)
             slabs.remove(slab);
         --slabs.slabs;
-        if (!spares.keep(&slab))
-            native::freePages(&slab, slabSize);
+        retire(slab);
         return;
     }
     last->next = slab.freed;
@@ -130,6 +130,12 @@ void SlabStore::putBack(std::size_t sizeClass, Slab& slab, FreeBlock* first, Fre
     slab.freedCount += count;
     if (!slab.listed)
         slabs.add(slab);
+}
+
+void SlabStore::retire(Slab& slab) noexcept
+{
+    if (!kept.keep(slab))
+        native::freePages(&slab, slabSize);
 }
 
 } // namespace

@@ -29,6 +29,8 @@ void makeFillAndDeliver(const std::string& longText)
            << 255 << nullptr;
     ky::kyLogObject moved(std::move(object));
     moved << "end";
+    // Switched off by its type alone.
+    ky::kyLogObject(static_cast<ky::kyLogType>(4), "a qualifier", kyLog::editPtr(), "a source") << "nothing";
 }
 
 TEST(NoMemory, AtAnyRequestNothingEscapesAndNothingLeaks)

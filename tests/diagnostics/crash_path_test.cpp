@@ -66,6 +66,7 @@ TEST(CrashPath, OneLineThenTheEnd)
         {"illegal", "SIGILL", sigill, true},         {"overflow", "SIGSEGV", sigsegv, false},
         {"another-logs", "SIGSEGV", sigsegv, true},  {"in-handler", "SIGSEGV", sigsegv, false},
         {"handler-hangs", "SIGSEGV", sigsegv, true}, {"four-threads", "SIGSEGV", sigsegv, true},
+        {"raised-hangs", "SIGSEGV", sigsegv, true},  {"handler-divides", "SIGSEGV", sigfpe, false},
     };
     int crashes = 0;
     int lost = 0;
@@ -74,8 +75,8 @@ TEST(CrashPath, OneLineThenTheEnd)
         if (onWindows() && !scene.onWindows)
             continue;
         SCOPED_TRACE(scene.name);
-        // A handler that hangs is left only after its time.
-        const bool isSlow = std::string(scene.name) == "handler-hangs";
+        // What hangs is left only after its time.
+        const bool isSlow = std::string(scene.name).find("hangs") != std::string::npos;
         for (int run = ky::test::isSoak() && !isSlow ? 100 : 1; run > 0; --run)
         {
             const Outcome outcome = play(scene.name);
@@ -131,6 +132,9 @@ TEST(CrashPath, TheReportOfAGuardedFaultNeedsNoMemory)
     const std::regex whole("[^]*CRITICAL : [^\n]* Catch SEH Exception EXCEPTION_ACCESS_VIOLATION 0xc0000005, PID [^]*"
                            "\n\t#[0-9]+ @0x[0-9a-f]+[^\n]*\r\nINFO : [^\n]* still here\r\n");
     EXPECT_TRUE(std::regex_match(outcome.log, whole)) << outcome.log;
+    const Outcome lockedOut = play("guarded-locked-out");
+    EXPECT_EQ(lockedOut.exitCode, 0);
+    EXPECT_THAT(lockedOut.log, HasSubstr("Catch SEH Exception EXCEPTION_ACCESS_VIOLATION 0xc0000005, PID "));
 }
 
 TEST(CrashPath, AFaultInTheReportCostsTheHandlerOnly)

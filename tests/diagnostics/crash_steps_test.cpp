@@ -1,16 +1,21 @@
 // SPDX-License-Identifier: MIT
+#include "diagnostics/guard_faults.h"
 #include "diagnostics/log_checker.h"
 #include "diagnostics/log_file.h"
 #include "support/child_process.h"
+#include "support/sanitizer.h"
 #include "support/soak.h"
 #include "support/temp_dir.h"
 
+#include <ky/kyException.h>
 #include <ky/kyLog.h>
 #include <ky/kySystem.h>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sstream>
+#include <thread>
 
 namespace
 {
@@ -47,6 +52,27 @@ std::size_t linesSafeFromOneRotation(const std::string& path, int keep)
     for (std::size_t at = oldest.find("\r\n"); at != std::string::npos; at = oldest.find("\r\n", at + 1))
         ++inOldest;
     return ky::test::readLog(path, keep).lines - inOldest;
+}
+
+TEST(RotationCrash, AFaultUnderTheFilesLockGivesItBack)
+{
+    if (!ky::test::canSurviveFaults)
+        GTEST_SKIP() << "no faults under this sanitizer";
+    const ky::test::TempDir dir;
+    const std::string path = dir.file("fault.log");
+    ky::initializeKySystem(ky::InitType::Full, false);
+    ky::kyLog::edit().installFileHandlerUtf8(path);
+    ky::impl::logStepHook = [](LogStep)
+    {
+        ky::impl::logStepHook = nullptr;
+        ky::test::commit(ky::test::FaultKind::NullWrite);
+    };
+    ky::exception::ExecGuardedCode([] { ky::kyLog::edit().Write("never written", ky::kyLogType::INFO, ""); });
+    std::thread([] { ky::logInfo() << "from another thread"; }).join();
+    ky::terminateKySystem();
+    EXPECT_THAT(ky::test::readFile(path),
+                testing::AllOf(testing::HasSubstr("ACCESS_VIOLATION"), testing::HasSubstr("from another thread"),
+                               testing::Not(testing::HasSubstr("never written"))));
 }
 
 TEST(RotationCrash, AtEveryStepTheNextWriterGoesOnWithNothingLost)

@@ -51,10 +51,24 @@ void becomeBusy(void (*inHandler)())
     ky::kyLog::edit().installCustomHandler(&onMessage, nullptr);
 }
 
+void hangBusily()
+{
+    sBusy = true;
+    sleepForEver();
+}
+
 void waitUntilBusy()
 {
     while (!sBusy)
         std::this_thread::yield();
+}
+
+/// The logger's lock stays with a thread that never gives it back.
+void logAndKeepTheLock()
+{
+    becomeBusy(&hangBusily);
+    std::thread([] { ky::logInfo() << "never returns"; }).detach();
+    waitUntilBusy();
 }
 
 /// Nothing but blocks that come from and go to the allocator's shared lists.
@@ -103,6 +117,14 @@ int faultInAllocatorUnderGuard()
     std::_Exit(0);
 }
 
+/// No memory can be had, nor the logger's lock.
+int faultInAllocatorWhileAnotherLogs()
+{
+    logAndKeepTheLock();
+    ky::exception::ExecGuardedCode([] { ky::test::commit(FaultKind::FreeOfNothing); });
+    std::_Exit(0);
+}
+
 /// The handler faults when it is handed the report of a fault.
 int faultInReport()
 {
@@ -113,17 +135,9 @@ int faultInReport()
     std::exit(0);
 }
 
-/// The logger's lock stays with a thread that never gives it back.
 int faultWhileAnotherLogs()
 {
-    becomeBusy(
-        []
-        {
-            sBusy = true;
-            sleepForEver();
-        });
-    std::thread([] { ky::logInfo() << "never returns"; }).detach();
-    waitUntilBusy();
+    logAndKeepTheLock();
     ky::test::commit(FaultKind::NullWrite);
     return 0;
 }
@@ -138,6 +152,24 @@ int faultInHandler()
 int handlerThatHangs()
 {
     becomeBusy(&sleepForEver);
+    ky::test::commit(FaultKind::NullWrite);
+    return 0;
+}
+
+/// The handler faults in another way when it is handed the last message.
+int handlerThatDivides()
+{
+    becomeBusy([] { ky::test::commit(FaultKind::DivisionByZero); });
+    ky::test::commit(FaultKind::NullWrite);
+    return 0;
+}
+
+/// The report of a raised signal never ends; a real fault does not wait for it for ever.
+int faultWhileARaisedSignalIsReported()
+{
+    becomeBusy(&hangBusily);
+    std::thread([] { std::raise(SIGFPE); }).detach();
+    waitUntilBusy();
     ky::test::commit(FaultKind::NullWrite);
     return 0;
 }
@@ -188,11 +220,14 @@ const std::map<std::string, std::function<int()>> scenes = {
     {"illegal", [] { return commitOne(FaultKind::IllegalInstruction); }},
     {"overflow", [] { return commitOne(FaultKind::StackOverflow); }},
     {"guarded-allocating", &faultInAllocatorUnderGuard},
+    {"guarded-locked-out", &faultInAllocatorWhileAnotherLogs},
     {"report-faults", &faultInReport},
     {"allocating", &faultWhileAllocating},
     {"another-logs", &faultWhileAnotherLogs},
     {"in-handler", &faultInHandler},
     {"handler-hangs", &handlerThatHangs},
+    {"handler-divides", &handlerThatDivides},
+    {"raised-hangs", &faultWhileARaisedSignalIsReported},
     {"four-threads", &fourThreads},
     {"raise-twice", &raiseTwice},
     {"raise-then-guard", &raiseThenGuard},

@@ -11,7 +11,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <pthread.h>
+#include <sys/mman.h>
 
 namespace
 {
@@ -95,6 +97,20 @@ TEST_F(FaultLines, ACallOfNothingIsFoundByItsCaller)
     ExecGuardedCode([] { ky::test::commit(ky::test::FaultKind::NullCall); });
     EXPECT_THAT(top(), MatchesRegex("#0 @0x0"));
     EXPECT_EQ(message.find("ky::test::commit(") != std::string::npos, KY_TEST_HAS_LIBDW) << message;
+}
+
+TEST_F(FaultLines, FramesBehindCodeWithoutTablesAreGuesses)
+{
+    // push rbp; mov rbp, rsp; call rdi; pop rbp; ret
+    constexpr unsigned char code[] = {0x55, 0x48, 0x89, 0xE5, 0xFF, 0xD7, 0x5D, 0xC3};
+    void* const page = mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(page, MAP_FAILED);
+    std::memcpy(page, code, sizeof(code));
+    ASSERT_EQ(mprotect(page, 4096, PROT_READ | PROT_EXEC), 0);
+    const auto callBy = reinterpret_cast<void (*)(void (*)())>(page);
+    ExecGuardedCode([callBy] { callBy(&writeToNowhere); });
+    munmap(page, 4096);
+    EXPECT_THAT(message, testing::ContainsRegex("\n\t#1 @0x[0-9a-f]+\n\t#2 [^\n]* \\(unconfident\\)"));
 }
 
 TEST_F(FaultLines, NothingIsReadAfterAFaultInTheAllocator)

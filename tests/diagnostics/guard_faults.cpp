@@ -2,6 +2,7 @@
 #include "diagnostics/guard_faults.h"
 
 #include "platform/compiler.h"
+#include "support/sanitizer.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -33,6 +34,20 @@ KY_NOINLINE int descend(int depth)
 }
 
 } // namespace
+
+std::vector<FaultSample> faultSamples()
+{
+    std::vector<FaultSample> samples{{FaultKind::NullWrite, "EXCEPTION_ACCESS_VIOLATION", "c0000005"},
+                                     {FaultKind::NullCall, "EXCEPTION_ACCESS_VIOLATION", "c0000005"},
+                                     {FaultKind::DivisionByZero, "EXCEPTION_INT_DIVIDE_BY_ZERO", "c0000094"},
+                                     {FaultKind::IllegalInstruction, "EXCEPTION_ILLEGAL_INSTRUCTION", "c000001d"},
+                                     {FaultKind::StackOverflow, "EXCEPTION_STACK_OVERFLOW", "c00000fd"},
+                                     {FaultKind::Breakpoint, "EXCEPTION_BREAKPOINT", "80000003"},
+                                     {FaultKind::TextOfNull, "EXCEPTION_ACCESS_VIOLATION", "c0000005"}};
+    if (canFaultInAllocator && !throwsAreStructured()) // the heap of Windows keeps such a fault to itself
+        samples.push_back({FaultKind::FreeOfNothing, "EXCEPTION_ACCESS_VIOLATION", "c0000005"});
+    return samples;
+}
 
 void commit(FaultKind kind)
 {

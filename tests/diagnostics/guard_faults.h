@@ -28,7 +28,7 @@ struct FaultSample
     std::string number; ///< hexadecimal
 };
 
-/// Those that this build can survive.
+/// One of each kind that a build which survives faults can survive.
 std::vector<FaultSample> faultSamples();
 
 /// Does it. Never returns normally.

@@ -10,17 +10,6 @@ namespace ky::test
 void breakpoint() { DebugBreak(); }
 void illegalInstruction() { asm volatile("ud2"); }
 
-std::vector<FaultSample> faultSamples()
-{
-    return {{FaultKind::NullWrite, "EXCEPTION_ACCESS_VIOLATION", "c0000005"},
-            {FaultKind::NullCall, "EXCEPTION_ACCESS_VIOLATION", "c0000005"},
-            {FaultKind::DivisionByZero, "EXCEPTION_INT_DIVIDE_BY_ZERO", "c0000094"},
-            {FaultKind::IllegalInstruction, "EXCEPTION_ILLEGAL_INSTRUCTION", "c000001d"},
-            {FaultKind::StackOverflow, "EXCEPTION_STACK_OVERFLOW", "c00000fd"},
-            {FaultKind::Breakpoint, "EXCEPTION_BREAKPOINT", "80000003"},
-            {FaultKind::TextOfNull, "EXCEPTION_ACCESS_VIOLATION", "c0000005"}};
-}
-
 bool throwsAreStructured() { return true; }
 
 bool canEndThread() { return false; }

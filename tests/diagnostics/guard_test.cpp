@@ -2,6 +2,7 @@
 // Guarded calls survive what is thrown at them, and every failure is one whole message.
 #include "diagnostics/guard_faults.h"
 #include "support/sanitizer.h"
+#include "support/temp_dir.h"
 
 #include <ky/kyException.h>
 #include <ky/kyLog.h>
@@ -11,7 +12,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
+#include <functional>
 #include <mutex>
 #include <regex>
 #include <sstream>
@@ -60,6 +63,16 @@ private:
     }
 };
 
+class FaultGuard : public Guard
+{
+protected:
+    void SetUp() override
+    {
+        if (!ky::test::canSurviveFaults)
+            GTEST_SKIP() << "no faults under this sanitizer";
+    }
+};
+
 void expectFault(const std::string& message, const ky::test::FaultSample& sample)
 {
     // Line by line: the matcher takes stack for every character.
@@ -75,10 +88,8 @@ void expectFault(const std::string& message, const ky::test::FaultSample& sample
     EXPECT_GT(frames, 0) << message;
 }
 
-TEST_F(Guard, HardwareFaultsEndTheCallAndAreReportedOnceEach)
+TEST_F(FaultGuard, HardwareFaultsEndTheCallAndAreReportedOnceEach)
 {
-    if (!ky::test::canSurviveFaults)
-        GTEST_SKIP() << "no faults under this sanitizer";
     for (int round = 0; round < 3; ++round)
     {
         for (const ky::test::FaultSample& sample : ky::test::faultSamples())
@@ -99,27 +110,34 @@ TEST_F(Guard, HardwareFaultsEndTheCallAndAreReportedOnceEach)
     }
 }
 
+struct WithoutText : std::exception
+{
+    const char* what() const noexcept override { return nullptr; }
+};
+
 TEST_F(Guard, ThrownObjectsAreReportedByTheirText)
 {
-    ExecGuardedCode([] { throw std::runtime_error("boom"); });
-    ExecGuardedCode([] { throw 7; });
-    if (ky::test::throwsAreStructured())
+    const std::pair<std::function<void()>, const char*> cases[] = {
+        {[] { throw std::runtime_error("boom"); }, "boom"},
+        {[] { throw 7; }, "Unknown"},
+        {[] { throw WithoutText(); }, "[NullPtr]"},
+    };
+    for (const auto& [body, text] : cases)
     {
-        EXPECT_THAT(messages,
-                    ElementsAre(StartsWith("Catch SEH Exception Msvc C++ Exception 0x"), "Catch std exception : boom",
-                                StartsWith("Catch SEH Exception Msvc C++ Exception 0x"),
-                                "Catch std exception : Unknown"));
-    }
-    else
-    {
-        EXPECT_THAT(messages, ElementsAre("Catch std exception : boom", "Catch std exception : Unknown"));
+        messages.clear();
+        ExecGuardedCode(body);
+        if (ky::test::throwsAreStructured())
+        {
+            ASSERT_EQ(messages.size(), 2U);
+            EXPECT_THAT(messages.front(), StartsWith("Catch SEH Exception Msvc C++ Exception 0x"));
+            messages.erase(messages.begin());
+        }
+        EXPECT_THAT(messages, ElementsAre(std::string("Catch std exception : ") + text));
     }
 }
 
-TEST_F(Guard, AFaultEndsTheInnermostCallOnly)
+TEST_F(FaultGuard, AFaultEndsTheInnermostCallOnly)
 {
-    if (!ky::test::canSurviveFaults)
-        GTEST_SKIP() << "no faults under this sanitizer";
     std::string steps;
     ExecGuardedCode(
         [&]
@@ -134,10 +152,8 @@ TEST_F(Guard, AFaultEndsTheInnermostCallOnly)
     EXPECT_THAT(messages, ElementsAre(HasSubstr("ACCESS_VIOLATION"), HasSubstr("INT_DIVIDE_BY_ZERO")));
 }
 
-TEST_F(Guard, AFaultUnderTheLoggersLockGivesTheLockBack)
+TEST_F(FaultGuard, AFaultUnderTheLoggersLockGivesTheLockBack)
 {
-    if (!ky::test::canSurviveFaults)
-        GTEST_SKIP() << "no faults under this sanitizer";
     inHandler = [] { ky::test::commit(FaultKind::NullWrite); };
     ExecGuardedCode([] { ky::logCritical() << "fault now"; });
     inHandler = nullptr;
@@ -145,10 +161,8 @@ TEST_F(Guard, AFaultUnderTheLoggersLockGivesTheLockBack)
     EXPECT_THAT(messages, ElementsAre("fault now", HasSubstr("ACCESS_VIOLATION"), "from another thread"));
 }
 
-TEST_F(Guard, EightThreadsFaultAtOnceWithWholeMessages)
+TEST_F(FaultGuard, EightThreadsFaultAtOnceWithWholeMessages)
 {
-    if (!ky::test::canSurviveFaults)
-        GTEST_SKIP() << "no faults under this sanitizer";
     constexpr int threads = 8;
     constexpr int rounds = 20;
     const auto samples = ky::test::faultSamples();
@@ -170,23 +184,21 @@ TEST_F(Guard, EightThreadsFaultAtOnceWithWholeMessages)
     for (std::thread& thread : running)
         thread.join();
     ASSERT_EQ(messages.size(), static_cast<std::size_t>(threads * rounds));
-    std::vector<int> seen(samples.size());
-    for (const std::string& message : messages)
+    for (const ky::test::FaultSample& sample : samples)
     {
-        for (std::size_t s = 0; s < samples.size(); ++s)
-            seen[s] += message.find(samples[s].name + " 0x") != std::string::npos ? 1 : 0;
+        const auto isOfThisKind = [&](const std::string& message)
+        { return message.find(sample.name + " 0x") != std::string::npos; };
+        EXPECT_GE(std::count_if(messages.begin(), messages.end(), isOfThisKind),
+                  threads * (rounds / static_cast<int>(samples.size())))
+            << sample.name;
     }
-    for (std::size_t s = 0; s < samples.size(); ++s)
-        EXPECT_GE(seen[s], threads * (rounds / static_cast<int>(samples.size()))) << samples[s].name;
     ky::test::FaultSample any{{}, "[A-Z_]+", "[0-9a-f]+"};
     for (const std::string& message : messages)
         expectFault(message, any);
 }
 
-TEST_F(Guard, ASignalStackOfTheThreadsOwnIsUsedAndKept)
+TEST_F(FaultGuard, ASignalStackOfTheThreadsOwnIsUsedAndKept)
 {
-    if (!ky::test::canSurviveFaults)
-        GTEST_SKIP() << "no faults under this sanitizer";
     std::thread(
         []
         {
@@ -218,6 +230,37 @@ TEST(GuardAlone, WorksWithoutTheLibrary)
         +[](void* flag) { *static_cast<bool*>(flag) = true; }, &returned);
     EXPECT_TRUE(returned);
     EXPECT_EQ(ky::test::faultDisposition(), before);
+}
+
+/// What the process itself has printed meanwhile.
+template <typename Body>
+std::string printedBy(Body body)
+{
+    testing::internal::CaptureStdout();
+    body();
+    return testing::internal::GetCapturedStdout();
+}
+
+TEST(GuardAlone, AFaultInTheAllocatorReachesWhatOutputsThereAre)
+{
+    if (!ky::test::canFaultInAllocator || ky::test::throwsAreStructured())
+        GTEST_SKIP() << "the allocator does not fault";
+    const auto fault = [] { ExecGuardedCode([] { ky::test::commit(FaultKind::FreeOfNothing); }); };
+    const ky::test::TempDir dir;
+    EXPECT_EQ(printedBy(fault), "") << "no logger";
+    ky::kyLog::createInstance(false);
+    EXPECT_THAT(printedBy(fault), HasSubstr("CRITICAL : ")) << "a logger for one thread, without a file";
+    ky::kyLog::edit().installFileHandlerExUtf8(dir.file("none/x.log"), 4 + 8, -1, 0);
+    EXPECT_THAT(printedBy(fault), HasSubstr("CRITICAL : ")) << "a file that cannot be made";
+    ky::kyLog::edit().installFileHandlerExUtf8(dir.file("x.log"), 8, -1, 0);
+    EXPECT_EQ(printedBy(fault), "");
+    EXPECT_THAT(ky::test::readFile(dir.file("x.log")), StartsWith("\xEF\xBB\xBF"
+                                                                  "CRITICAL : "));
+    ky::kyLog::edit().setLogTypeEnabled(ky::kyLogType::CRITICAL, false);
+    const std::string before = ky::test::readFile(dir.file("x.log"));
+    fault();
+    EXPECT_EQ(ky::test::readFile(dir.file("x.log")), before);
+    ky::kyLog::destroyInstance();
 }
 
 TEST(Watchers, AreThereWhileTheLibraryIsFullyInitialized)

@@ -3,6 +3,7 @@
 #include "diagnostics/log_file.h"
 #include "diagnostics/log_line.h"
 #include "memory_files.h"
+#include "support/failing_new.h"
 #include "support/soak.h"
 
 #include <gtest/gtest.h>
@@ -15,6 +16,7 @@ namespace
 
 using ky::impl::LogFile;
 using ky::impl::LogLine;
+using ky::impl::LogStep;
 using ky::test::FileCall;
 using ky::test::memoryFiles;
 
@@ -89,9 +91,7 @@ TEST_F(LogFaults, FailingCallsCostTheirLineAtMost)
                 SCOPED_TRACE("call kind " + std::to_string(static_cast<int>(call)) + ", from " + std::to_string(from) +
                              ", count " + std::to_string(count));
                 memoryFiles() = {};
-                memoryFiles().failing = call;
-                memoryFiles().failFrom = from;
-                memoryFiles().failCount = count;
+                memoryFiles().fail(call, from, count);
                 LogFile log;
                 log.setPath("log", 40, keep);
                 log.prepare(8);
@@ -123,9 +123,7 @@ TEST_F(LogFaults, AFileThatCannotBeRenamedGrowsAndRotatesLater)
     while (last < 20)
         writeLine(log, ++last);
     const std::size_t before = writtenNumbers().size();
-    memoryFiles().failing = FileCall::Rename;
-    memoryFiles().failFrom = 1;
-    memoryFiles().failCount = 1000000;
+    memoryFiles().fail(FileCall::Rename, 1, 1000000);
     for (int i = 0; i < 10; ++i)
         writeLine(log, ++last);
     EXPECT_GE(writtenNumbers().size(), before + 10 - 3) << "only the oldest file may have gone";
@@ -160,20 +158,91 @@ TEST_F(LogFaults, AFullDiskLeavesWholeLines)
     }
 }
 
-TEST_F(LogFaults, APartThatCannotBeCutAwayIsEnded)
+/// Three lines, of which the second one finds the disk full in its middle.
+std::string writeThree(FileCall failing, void (*hook)(LogStep step) = nullptr)
 {
     memoryFiles().room = 3 + 15 + 6;
-    memoryFiles().failing = FileCall::Cut;
-    memoryFiles().failFrom = 1;
-    memoryFiles().failCount = 1;
+    memoryFiles().fail(failing, 1, 1);
     LogFile log;
     log.setPath("log", -1, 0);
     log.prepare(8);
     writeLine(log, 0);
+    ky::impl::logStepHook = hook;
     writeLine(log, 1);
+    ky::impl::logStepHook = nullptr;
     memoryFiles().room = -1;
     writeLine(log, 2);
-    EXPECT_EQ(memoryFiles().content["log"], mark + "INFO : time 0\r\nINFO :\r\nINFO : time 2\r\n");
+    return memoryFiles().content["log"];
+}
+
+TEST_F(LogFaults, APartThatCannotBeCutAwayIsEnded)
+{
+    EXPECT_EQ(writeThree(FileCall::Cut), mark + "INFO : time 0\r\nINFO :\r\nINFO : time 2\r\n");
+}
+
+TEST_F(LogFaults, WhatAnotherWriterHasAddedIsNotCutAway)
+{
+    const auto addLine = [](LogStep step)
+    {
+        if (step == LogStep::AfterWrite)
+            memoryFiles().content["log"] += "|INFO : time 7\r\n";
+    };
+    EXPECT_EQ(writeThree(FileCall::Rename, addLine),
+              mark + "INFO : time 0\r\nINFO :|INFO : time 7\r\nINFO : time 2\r\n");
+}
+
+TEST_F(LogFaults, AFileThatCannotBeReadIsAppendedTo)
+{
+    memoryFiles().content["log"] = mark + "INFO : ti";
+    memoryFiles().fail(FileCall::Read, 1, 2);
+    LogFile log;
+    log.setPath("log", -1, 0);
+    writeLine(log, 1);
+    EXPECT_EQ(memoryFiles().content["log"], mark + "INFO : tiINFO : time 1\r\n");
+}
+
+TEST_F(LogFaults, FilesThatVanishDuringARotationAreNoObstacle)
+{
+    for (const LogStep when : {LogStep::BeforeOldestGoes, LogStep::BeforeRename})
+    {
+        static LogStep sWhen;
+        sWhen = when;
+        memoryFiles() = {};
+        LogFile log;
+        log.setPath("log", 1, keep);
+        for (int n = 0; n < 6; ++n)
+            writeLine(log, n);
+        ky::impl::logStepHook = [](LogStep step)
+        {
+            if (step == sWhen)
+                for (int i = 0; i < keep; ++i)
+                    memoryFiles().content.erase("log_" + std::to_string(i) + ".back");
+        };
+        writeLine(log, 6);
+        ky::impl::logStepHook = nullptr;
+        EXPECT_EQ(log.skippedLines(), 0U);
+        EXPECT_EQ(memoryFiles().content["log"], mark + "INFO : time 6\r\n");
+        EXPECT_EQ(writtenNumbers(), (std::vector<int>{5, 6}));
+    }
+}
+
+TEST_F(LogFaults, ALongLineIsWrittenPieceByPieceWhenMemoryHasRunOut)
+{
+    const std::string text(2000, 'x');
+    const std::string whole = "INFO(q) : time " + text + "\r\n";
+    for (const int room : {0, 3, 7, 20, static_cast<int>(whole.size()) + 2, -1})
+    {
+        memoryFiles() = {};
+        memoryFiles().room = room;
+        LogFile log;
+        log.setPath("log", -1, 0);
+        ky::test::memoryRequests.failAt(1);
+        LogLine line(ky::kyLogType::INFO, "q", "time", text);
+        ky::test::memoryRequests.failNoMore();
+        log.append(line, true);
+        EXPECT_EQ(memoryFiles().content["log"], room < 0 ? mark + whole : "") << room;
+        EXPECT_EQ(log.skippedLines(), room < 0 ? 0U : 1U);
+    }
 }
 
 TEST_F(LogFaults, ADeviceGetsNoMarkHoweverEmptyItLooks)
@@ -189,9 +258,7 @@ TEST_F(LogFaults, ADeviceGetsNoMarkHoweverEmptyItLooks)
 TEST_F(LogFaults, InstallationNeverDeletesWhatItCouldNotRotate)
 {
     memoryFiles().content["log"] = mark + "INFO : time 0\r\n";
-    memoryFiles().failing = FileCall::Rename;
-    memoryFiles().failFrom = 1;
-    memoryFiles().failCount = 1000000;
+    memoryFiles().fail(FileCall::Rename, 1, 1000000);
     LogFile log;
     log.setPath("log", -1, keep);
     EXPECT_TRUE(log.prepare(3));

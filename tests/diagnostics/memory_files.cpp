@@ -138,6 +138,8 @@ std::size_t AppendFile::write(const char* data, std::size_t size) { return put(m
 
 bool AppendFile::readAt(std::int64_t position, char* data, std::size_t size) const
 {
+    if (memoryFiles().fails(FileCall::Read))
+        return false;
     const std::string piece = contentOf(mHandle).substr(static_cast<std::size_t>(position), size);
     std::copy(piece.begin(), piece.end(), data);
     return piece.size() == size;

@@ -15,6 +15,7 @@ enum class FileCall
     Write,
     Rename,
     Remove,
+    Read,
     Cut,
     Any
 };
@@ -33,6 +34,12 @@ struct MemoryFiles
     /// Bytes that still fit on the disk; below 0: without limit.
     std::int64_t room = -1;
 
+    void fail(FileCall call, int from, int count)
+    {
+        failing = call;
+        failFrom = from;
+        failCount = count;
+    }
     /// Counts the call and tells whether it fails.
     bool fails(FileCall call);
 };

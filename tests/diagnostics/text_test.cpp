@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: MIT
 // Private helpers, and what reaches the system's event log (a double stands in for it).
-#include "diagnostics/error_text.h"
 #include "diagnostics/escape_text.h"
 #include "diagnostics/event_log_native.h"
 #include "diagnostics/event_text.h"
+#include "diagnostics/fault_text.h"
 
 #include <ky/kyLog.h>
 
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <tuple>
 #include <vector>
 
 namespace
@@ -53,21 +55,17 @@ std::string repeated(const std::string& text, int count)
 
 TEST(EventLog, MapsTypesAndNeverGetsDebug)
 {
-    struct Case
-    {
-        kyLogType type;
-        EventKind kind;
-    };
-    for (const Case& c :
-         {Case{kyLogType::INFO, EventKind::Information}, Case{kyLogType::WARNING, EventKind::Warning},
-          Case{kyLogType::CRITICAL, EventKind::Error}, Case{static_cast<kyLogType>(12), EventKind::Information}})
+    const std::pair<kyLogType, EventKind> cases[] = {{kyLogType::INFO, EventKind::Information},
+                                                     {kyLogType::WARNING, EventKind::Warning},
+                                                     {kyLogType::CRITICAL, EventKind::Error},
+                                                     {static_cast<kyLogType>(12), EventKind::Information}};
+    for (const auto& [type, kind] : cases)
     {
         sEvents.clear();
-        kyLog::WriteToSystemLog("text", c.type, "ignored", "");
+        kyLog::WriteToSystemLog("text", type, "ignored", "");
         ASSERT_EQ(sEvents.size(), 1u);
-        EXPECT_EQ(sEvents[0].source, "kyLog");
-        EXPECT_EQ(sEvents[0].kind, c.kind);
-        EXPECT_EQ(sEvents[0].text, "text");
+        EXPECT_EQ(sEvents[0].source + ": " + sEvents[0].text, "kyLog: text");
+        EXPECT_EQ(sEvents[0].kind, kind);
     }
     sEvents.clear();
     kyLog::WriteToSystemLog("text", kyLogType::DEBUG, "", "source");
@@ -100,16 +98,11 @@ TEST(EventLog, AnObjectDeliversToLoggerAndSource)
 
 TEST(EventLog, TextsAreCutAtACharacterBorder)
 {
-    struct Case
-    {
-        std::string text;
-        std::size_t units;
-        std::size_t bytes;
-    };
     const std::string umlaut = "\xC3\xA4";
     const std::string sign = "\xE6\x97\xA5";
     const std::string emoji = "\xF0\x9F\x98\x80";
-    const std::vector<Case> cases = {
+    // A text, the limit in units, and how many bytes are left.
+    const std::tuple<std::string, std::size_t, std::size_t> cases[] = {
         {"", 5, 0},
         {"abc", 0, 0},
         {"abc", 3, 3},
@@ -127,12 +120,20 @@ TEST(EventLog, TextsAreCutAtACharacterBorder)
         {repeated(emoji, 8193), 16384, 4 * 8192},
         {repeated("x", 16383) + emoji, 16384, 16383},
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(ky::impl::cutToUtf16Units(c.text, c.units).size(), c.bytes)
-            << c.text.substr(0, 20) << ", " << c.units;
+    for (const auto& [text, units, bytes] : cases)
+        EXPECT_EQ(ky::impl::cutToUtf16Units(text, units).size(), bytes) << text.substr(0, 20) << ", " << units;
     sEvents.clear();
     kyLog::WriteToSystemLog(repeated(emoji, 10000), kyLogType::INFO, "", "s");
     EXPECT_EQ(sEvents[0].text, repeated(emoji, 8192));
+}
+
+TEST(FaultText, NamesCodesAndSignals)
+{
+    EXPECT_EQ(ky::impl::exceptionName(0xC0000095), "EXCEPTION_INT_OVERFLOW");
+    EXPECT_EQ(ky::impl::exceptionName(0xE06D7363), "Msvc C++ Exception");
+    EXPECT_EQ(ky::impl::exceptionName(0xC0000001), "Unknown Exception Code");
+    EXPECT_EQ(ky::impl::signalName(SIGILL), "SIGILL");
+    EXPECT_EQ(ky::impl::signalName(SIGTERM), "");
 }
 
 TEST(EscapeControls, NothingFromOutsideForgesALine)
@@ -151,13 +152,6 @@ TEST(EscapeControls, NothingFromOutsideForgesALine)
     };
     for (const auto& [text, expected] : cases)
         EXPECT_EQ(ky::impl::escapeControls(text), expected);
-}
-
-TEST(ErrorText, UnknownCodesSaySo)
-{
-    EXPECT_NE(ky::impl::systemErrorText(2).find("ile"), std::string::npos) << "error 2 is a missing file everywhere";
-    for (const int code : {0x7fffffff, 999999, -12345})
-        EXPECT_EQ(ky::impl::systemErrorText(code), "Unknown Error") << code;
 }
 
 } // namespace

@@ -42,17 +42,37 @@ TEST(TimeText, EqualsStrftimeUnderTheCLocaleOnEveryRuntime)
         {"%Ey %Od %Ec", "26 05 Thu Nov  5 07:44:17 2026"},
         {"", ""},
         {"100%", "100%"},
+        {"%C %u %V %G %g", "20 4 45 2026 26"},
+        {"%Q %-d %", "%Q %-d %"},
     };
     for (const auto& row : rows)
         EXPECT_EQ(formatted(row.format), row.text) << row.format;
     const char* const halves[] = {"12 AM", "11 AM", "12 PM", "11 PM"};
     for (std::size_t i = 0; i < 4; ++i)
         EXPECT_EQ(formatted("%I %p", 80, std::array{0, 11, 12, 23}[i]), halves[i]);
+    const struct
+    {
+        int year;
+        int dayOfYear;
+        int weekday;
+        const char* text;
+    } borders[] = {
+        {2027, 0, 5, "2026-53 26"}, {2024, 364, 1, "2025-01 25"}, {2023, 0, 0, "2022-52 22"},
+        {2021, 2, 0, "2020-53 20"}, {2020, 365, 4, "2020-53 20"}, {2018, 0, 1, "2018-01 18"},
+    };
+    char text[20];
+    for (const auto& border : borders)
+    {
+        std::tm time = {};
+        time.tm_year = border.year - 1900;
+        time.tm_yday = border.dayOfYear;
+        time.tm_wday = border.weekday;
+        EXPECT_EQ(std::string(text, ky::impl::formatTime(text, sizeof(text), "%G-%V %g", time)), border.text);
+    }
     // Fields that no clock gives.
     std::tm odd = {};
     odd.tm_wday = 7;
     odd.tm_mon = -1;
-    char text[20];
     EXPECT_EQ(std::string(text, ky::impl::formatTime(text, sizeof(text), "%a %A %b %B", odd)), "? ? ? ?");
 }
 

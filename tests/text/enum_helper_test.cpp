@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <tuple>
 #include <vector>
 
 namespace
@@ -59,50 +60,28 @@ private:
 
 TEST(EnumHelper, NamesAndParsesSingleValues)
 {
-    struct Parsed
-    {
-        const char* text;
-        Case rule;
-        bool isGood;
-        Color value;
+    const std::tuple<const char*, Case, Color> good[] = {
+        {"Red", Case::Sensitive, Color::Red},    {" \tBlue\n", Case::Sensitive, Color::Blue},
+        {"Grün", Case::Sensitive, Color::Green}, {"blue", Case::Insensitive, Color::Blue},
+        {"-1", Case::Sensitive, Color::Red},     {"GRün", Case::Insensitive, Color::Green},
+        {"0x64", Case::Sensitive, Color::Blue},  {"5", Case::Sensitive, static_cast<Color>(5)},
     };
-    const Parsed cases[] = {
-        {"Red", Case::Sensitive, true, Color::Red},
-        {" \tBlue\n", Case::Sensitive, true, Color::Blue},
-        {"Grün", Case::Sensitive, true, Color::Green},
-        {"blue", Case::Insensitive, true, Color::Blue},
-        {"GRün", Case::Insensitive, true, Color::Green},
-        {"-1", Case::Sensitive, true, Color::Red},
-        {"0x64", Case::Sensitive, true, Color::Blue},
-        {"5", Case::Sensitive, true, static_cast<Color>(5)},
-        {"blue", Case::Sensitive, false, {}},
-        {"Blu", Case::Insensitive, false, {}},
-        {"Blue2", Case::Sensitive, false, {}},
-        {"Blue Red", Case::Sensitive, false, {}},
-        {"", Case::Sensitive, false, {}},
-        {"  ", Case::Sensitive, false, {}},
-        {"128", Case::Sensitive, false, {}}, // not an int8_t
-        {"-129", Case::Sensitive, false, {}},
-        {"0x", Case::Sensitive, false, {}},
-        {"+1", Case::Sensitive, false, {}},
-        {"0x6g", Case::Sensitive, false, {}},
-        {"0b1", Case::Sensitive, false, {}},
-        {"1.0", Case::Sensitive, false, {}},
-        {"9223372036854775808", Case::Sensitive, false, {}},
-        {"0x10000000000000000", Case::Sensitive, false, {}},
-    };
-    for (const Parsed& c : cases)
+    Color value{};
+    for (const auto& [text, rule, color] : good)
     {
-        const Color before = static_cast<Color>(42);
-        Color value = before;
-        EXPECT_EQ(colors.parse(c.text, value, c.rule), c.isGood) << c.text;
-        EXPECT_EQ(value, c.isGood ? c.value : before) << c.text;
+        EXPECT_TRUE(colors.parse(text, value, rule)) << text;
+        EXPECT_EQ(value, color) << text;
     }
+    // 128 and -129 are not of the enumeration's type.
+    for (const char* text : {"blue", "Blue2", "Blue Red", "", "  ", "128", "-129", "0x", "+1", "0x6g", "0b1", "1.0",
+                             "9223372036854775808", "0x10000000000000000"})
+        EXPECT_FALSE(colors.parse(text, value, Case::Sensitive)) << text;
+    EXPECT_FALSE(colors.parse("Blu", value, Case::Insensitive));
+    EXPECT_EQ(value, static_cast<Color>(5)) << "untouched";
     EXPECT_EQ(colors.text(Color::Grün), "Green") << "the first name of a value";
     EXPECT_EQ(colors.text(static_cast<Color>(-100)), "-100");
     for (int number = -128; number < 128; ++number)
     {
-        Color value{};
         EXPECT_TRUE(colors.parse(colors.text(static_cast<Color>(number)), value));
         EXPECT_EQ(static_cast<int>(value), number);
     }
@@ -110,12 +89,7 @@ TEST(EnumHelper, NamesAndParsesSingleValues)
 
 TEST(EnumHelper, CombinesFlags)
 {
-    struct Text
-    {
-        unsigned value;
-        const char* text;
-    };
-    const Text texts[] = {
+    const std::pair<unsigned, const char*> texts[] = {
         {0, "None"},
         {1, "Read"},
         {3, "Change"},
@@ -126,12 +100,12 @@ TEST(EnumHelper, CombinesFlags)
         {0x41E, "Write|Delete|0x418"},
         {0xFFFFFFFF, "Change|Delete|Top|0x7FFFFFF8"},
     };
-    for (const Text& c : texts)
+    for (const auto& [flags, text] : texts)
     {
-        EXPECT_EQ(accesses.flagsText(static_cast<Access>(c.value)), c.text);
+        EXPECT_EQ(accesses.flagsText(static_cast<Access>(flags)), text);
         Access back{};
-        EXPECT_TRUE(accesses.parseFlags(c.text, back)) << c.text;
-        EXPECT_EQ(back, c.value);
+        EXPECT_TRUE(accesses.parseFlags(text, back)) << text;
+        EXPECT_EQ(back, flags);
     }
     Access value = Delete;
     EXPECT_TRUE(accesses.parseFlags(" read|WRITE | 0x10|8", value, Case::Insensitive));
@@ -140,6 +114,7 @@ TEST(EnumHelper, CombinesFlags)
         EXPECT_FALSE(accesses.parseFlags(text, value)) << text;
     EXPECT_EQ(value, 0x1BU) << "untouched";
     EXPECT_EQ(Weekdays().toFlagsText(0), "0");
+    EXPECT_EQ(ky::makeEnumHelper<Access>("Unnamed", {{Read, ""}, {Write, "Write"}}).flagsText(Change), "Write|0x1");
     EXPECT_EQ(Weekdays().toFlagsText(std::numeric_limits<std::int64_t>::min() + 3), "lundi|mardi|0x8000000000000000");
 }
 

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cstring>
 
 namespace
 {
@@ -23,18 +22,13 @@ TEST(HexText, EveryByteGoesThereAndBack)
         bytes.push_back(static_cast<char>(i));
     std::string text = "old";
     S::ToHex(bytes.data(), bytes.size(), text);
-    ASSERT_EQ(text.size(), 512U);
-    for (std::size_t i = 0; i < 256; ++i)
-    {
-        char expected[3];
-        std::snprintf(expected, sizeof expected, "%02x", static_cast<unsigned>(i));
-        EXPECT_EQ(text.substr(2 * i, 2), expected);
-    }
+    EXPECT_EQ(text.substr(0, 6) + text.substr(506), "000102fdfeff");
     std::string back(1000, '?');
-    EXPECT_TRUE(S::FromHex(text.data(), text.size(), back));
-    EXPECT_EQ(back, bytes);
-    EXPECT_TRUE(S::FromHex(S::toUpper(text).data(), text.size(), back));
-    EXPECT_EQ(back, bytes);
+    for (const std::string& digits : {text, S::toUpper(text)})
+    {
+        EXPECT_TRUE(S::FromHex(digits.data(), digits.size(), back));
+        EXPECT_EQ(back, bytes);
+    }
     S::ToHex(nullptr, 0, text);
     EXPECT_EQ(text, "");
     EXPECT_TRUE(S::FromHex(nullptr, 0, back));
@@ -53,53 +47,29 @@ TEST(HexText, SourceMayBeTheTarget)
 
 TEST(HexText, DecodingStopsAtTheFirstWrongPair)
 {
-    struct Case
-    {
-        std::string text;
-        bool good;
-        std::string bytes;
-        std::size_t decoded;
+    // A text, and the bytes that are decoded; all of them or the text is refused.
+    const std::pair<std::string, std::string> cases[] = {
+        {"abc", ""},  {"0aFF", "\x0A\xFF"}, {"0a0g0b", "\x0A"}, {"0a g0b", "\x0A"},
+        {"0x10", ""}, {"+1-1", ""},         {"\xB1\xB1", ""},   {"a\xC3\xA9", ""},
     };
-    const Case cases[] = {
-        {"abc", false, std::string(1, '\0'), 0},
-        {"0aFF", true, "\x0A\xFF", 2},
-        {"0a0g0b", false, "\x0A", 1},
-        {"0a g0b", false, "\x0A", 1},
-        {"0x10", false, "", 0},
-        {"+1-1", false, "", 0},
-        {"a\xC3\xA9", false, "", 0},
-        {"\xB1\xB1", false, "", 0},
-    };
-    for (const Case& c : cases)
+    for (const auto& [text, bytes] : cases)
     {
-        SCOPED_TRACE(c.text);
+        SCOPED_TRACE(text);
         std::string out;
-        EXPECT_EQ(S::FromHex(c.text.data(), c.text.size(), out), c.good);
-        EXPECT_EQ(out.size(), c.text.size() / 2);
-        EXPECT_EQ(out.substr(0, c.decoded), c.bytes.substr(0, c.decoded));
+        EXPECT_EQ(S::FromHex(text.data(), text.size(), out), 2 * bytes.size() == text.size());
+        EXPECT_EQ(out.size(), text.size() / 2);
+        EXPECT_EQ(out.substr(0, bytes.size()), bytes);
     }
 }
 
 TEST(HexText, NumbersArePaddedUpToSixteenDigits)
 {
-    struct Case
-    {
-        std::uint64_t value;
-        unsigned width;
-        const char* text;
-    };
-    const Case cases[] = {
-        {255, 4, "00FF"},
-        {1, 40, "0000000000000001"},
-        {0, 0, "0"},
-        {0, 3, "000"},
-        {0xABCDEF, 2, "ABCDEF"},
-        {0x1234567890ABCDEF, 0, "1234567890ABCDEF"},
-        {UINT64_MAX, 16, "FFFFFFFFFFFFFFFF"},
-        {UINT64_MAX, 0xFFFFFFFF, "FFFFFFFFFFFFFFFF"},
-    };
-    for (const Case& c : cases)
-        EXPECT_EQ(S::ToHex(c.value, c.width), c.text);
+    EXPECT_EQ(S::ToHex(255, 4), "00FF");
+    EXPECT_EQ(S::ToHex(1, 40), "0000000000000001");
+    EXPECT_EQ(S::ToHex(0, 0), "0");
+    EXPECT_EQ(S::ToHex(0, 3), "000");
+    EXPECT_EQ(S::ToHex(0xABCDEF, 2), "ABCDEF");
+    EXPECT_EQ(S::ToHex(0x1234567890ABCDEF, 0xFFFFFFFF), "1234567890ABCDEF");
 }
 
 TEST(UuidText, WritesStoredOrderInUppercase)
@@ -116,11 +86,12 @@ TEST(UuidText, AcceptsTheTwoFormsAndAnyDelimiters)
     std::string lower = uuidDecorated;
     S::toLower(lower);
     std::string crossed = uuidDecorated;
-    for (const std::size_t position : {0U, 9U, 14U, 19U, 24U, 37U})
-        crossed[position] = 'X';
     std::string zeros = uuidDecorated;
     for (const std::size_t position : {0U, 9U, 14U, 19U, 24U, 37U})
+    {
+        crossed[position] = 'X';
         zeros[position] = '\0';
+    }
     for (const std::string& text : {uuidDigits, uuidDecorated, lower, crossed, zeros})
     {
         SCOPED_TRACE(text);
@@ -144,12 +115,8 @@ TEST(UuidText, RefusesEverythingElse)
                                       uuidDecorated.substr(1)};
     for (std::size_t position = 0; position < uuidDecorated.size(); ++position)
     {
-        const char kept = uuidDecorated[position];
-        if (kept == '{' || kept == '-' || kept == '}')
-            continue;
-        std::string text = uuidDecorated;
-        text[position] = 'g';
-        wrong.push_back(text);
+        if (uuidDigits.find(uuidDecorated[position]) != std::string::npos)
+            wrong.push_back(std::string(uuidDecorated).replace(position, 1, "g"));
     }
     std::array<unsigned char, 16> bytes{};
     for (const std::string& text : wrong)

@@ -15,39 +15,10 @@ namespace ky::test
 
 inline std::string randomText(std::mt19937& random)
 {
-    static const std::vector<std::string> pieces = {"a",
-                                                    "A",
-                                                    "b",
-                                                    "Z",
-                                                    "ch",
-                                                    "aa",
-                                                    "0",
-                                                    "00",
-                                                    "1",
-                                                    "9",
-                                                    "10",
-                                                    "99999999999999999999",
-                                                    " ",
-                                                    "-",
-                                                    "_",
-                                                    ".",
-                                                    "'",
-                                                    "\t",
-                                                    "\xC3\xA4",
-                                                    "\xC3\x84",
-                                                    "\xC3\xA9",
-                                                    "e\xCC\x81",
-                                                    "\xC3\x9F",
-                                                    "\xD0\x96",
-                                                    "\xE4\xB8\xAD",
-                                                    "\xF0\x9F\x98\x80",
-                                                    "\xFF",
-                                                    "\xED\xA0\x80",
-                                                    "\xC2\xB7",
-                                                    "l",
-                                                    "\xCC\x81",
-                                                    "\xEF\xBF\xBE",
-                                                    "\xE2\x80\x8D"};
+    static const std::vector<std::string> pieces =
+        kyStringUtils::Split("a|A|b|Z|ch|aa|0|00|1|9|10|99999999999999999999| |-|_|.|'|\t|\u00E4|\u00C4|\u00E9|e\u0301|"
+                             "\u00DF|\u0416|\u4E2D|\U0001F600|\xFF|\xED\xA0\x80|\u00B7|l|\u0301|\uFFFE|\u200D",
+                             '|');
     std::string text;
     for (auto left = random() % 6; left > 0; --left)
         text += pieces[random() % pieces.size()];

@@ -190,10 +190,6 @@ TEST(StringUtils, SplitsLikeALineReaderOrKeepsEverythingInPlace)
         {",a", {"", "a"}, {"a"}, {"", "a"}},
         {"a,,b", {"a", "", "b"}, {"a", "b"}, {"a", "", "b"}},
         {",,", {"", ""}, {}, {"", "", ""}},
-        {"one,two three,four",
-         {"one", "two three", "four"},
-         {"one", "two three", "four"},
-         {"one", "two three", "four"}},
     };
     for (const Case& c : cases)
     {
@@ -201,8 +197,9 @@ TEST(StringUtils, SplitsLikeALineReaderOrKeepsEverythingInPlace)
         EXPECT_EQ(S::Split(c.text, ',', false), c.all);
         EXPECT_EQ(S::Split(c.text, ',', true), c.nonEmpty);
         Texts appended = {"before"};
+        appended.reserve(20);
         EXPECT_EQ(&S::Split(c.text, ',', appended, false), &appended);
-        ASSERT_EQ(appended.size(), c.all.size() + 1);
+        EXPECT_EQ(appended.size(), c.all.size() + 1);
         EXPECT_EQ(appended.front(), "before");
         std::string buffer = c.text;
         std::vector<char*> pointers(3, nullptr);
@@ -220,18 +217,7 @@ TEST(StringUtils, SplitsLikeALineReaderOrKeepsEverythingInPlace)
     EXPECT_TRUE(pointers.empty());
 }
 
-TEST(StringUtils, SplitFirstCutsOnce)
-{
-    EXPECT_THAT(S::SplitFirst("a=b=c", '='), ElementsAre("a", "b=c"));
-    EXPECT_THAT(S::SplitFirst("=", '='), ElementsAre("", ""));
-    EXPECT_THAT(S::SplitFirst("abc", '='), ElementsAre("abc"));
-    EXPECT_THAT(S::SplitFirst("", '='), ElementsAre(""));
-    Texts out = {"x"};
-    EXPECT_EQ(&S::SplitFirst("k=v", '=', out), &out);
-    EXPECT_THAT(out, ElementsAre("x", "k", "v"));
-}
-
-TEST(StringUtils, SplitTakesAnElementOfItsOutput)
+TEST(StringUtils, SplitsTakeAnElementOfTheirOutput)
 {
     Texts out = {"a,b,c,d,e,f,g,h"};
     out.shrink_to_fit();
@@ -240,8 +226,15 @@ TEST(StringUtils, SplitTakesAnElementOfItsOutput)
     EXPECT_EQ(out[8], "h");
     out = {"k=v"};
     out.shrink_to_fit();
-    S::SplitFirst(out[0], '=', out);
-    EXPECT_THAT(out, ElementsAre("k=v", "k", "v"));
+    EXPECT_THAT(S::SplitFirst(out[0], '=', out), ElementsAre("k=v", "k", "v"));
+}
+
+TEST(StringUtils, SplitFirstCutsOnce)
+{
+    EXPECT_THAT(S::SplitFirst("a=b=c", '='), ElementsAre("a", "b=c"));
+    EXPECT_THAT(S::SplitFirst("=", '='), ElementsAre("", ""));
+    EXPECT_THAT(S::SplitFirst("abc", '='), ElementsAre("abc"));
+    EXPECT_THAT(S::SplitFirst("", '='), ElementsAre(""));
 }
 
 TEST(StringUtils, EscapesXml)

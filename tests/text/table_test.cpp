@@ -8,6 +8,7 @@
 #include <locale>
 #include <random>
 #include <sstream>
+#include <tuple>
 
 namespace
 {
@@ -28,44 +29,42 @@ std::vector<std::string> linesOf(const std::string& text)
 
 TEST(DisplayWidth, CountsColumnsOfATerminal)
 {
-    struct Case
-    {
-        const char* text;
-        std::size_t width;
-    };
-    const Case cases[] = {
+    const std::pair<const char*, std::size_t> cases[] = {
         {"", 0},
         {"plain text", 10},
         {"Zürich", 6},
-        {"Zu\u0308rich", 6},                                    // combining
-        {"\u0301", 0},                                          // with nothing to stand on
-        {"日本語", 6},                                          // wide
-        {"ｱ", 1},                                               // half-width form
-        {"Ａ", 2},                                              // full-width form
-        {"한국", 4},                                            // syllables
-        {"\u1112\u1161\u11AB", 2},                              // the first of them in its parts
-        {"กำ", 2},                                              // a vowel that has a place of its own
-        {"ก\u0E34", 1},                                         // and one that has none
-        {"a\u200Bb\u200Ec", 3},                                 // invisible
-        {"so\u00ADft", 5},                                      // soft hyphen
-        {"…±Я─", 4},                                            // ambiguous
-        {"\U0001F600", 2},                                      // emoji
-        {"\u2764", 1},                                          // text by default
-        {"\u2764\uFE0F", 2},                                    // as emoji
-        {"1\uFE0F\u20E3", 2},                                   // keycap
-        {"\U0001F44D\U0001F3FD", 2},                            // with a skin tone
-        {"\u261D\U0001F3FD", 2},                                // narrow without it
-        {"\U0001F3FD", 2},                                      // a tone of its own
-        {"\U0001F1E8\U0001F1ED", 2},                            // flag
-        {"\U00020000\U0003FFFD", 4},                            // ideographs, one of them not assigned yet
-        {"\U0001F468\u200D\U0001F469\u200D\U0001F467", 2},      // family
-        {"\U0001F3F3\uFE0F\u200D\U0001F308", 2},                // flag of two
-        {"日\u200D本", 4},                                      // no sequence
-        {"\u0915\u094D\u200D\u0937", 2},                        // nor this one
-        {"\t|\n|\x1B[31m|\x7F|\u0085|\u2028|\u202E|\u2066", 45} // by their escapes
+        {"Zu\u0308rich", 6},                               // combining
+        {"\u0301", 0},                                     // with nothing to stand on
+        {"日本語", 6},                                     // wide
+        {"ｱ", 1},                                          // half-width form
+        {"Ａ", 2},                                         // full-width form
+        {"한국", 4},                                       // syllables
+        {"\u1112\u1161\u11AB", 2},                         // the first of them in its parts
+        {"กำ", 2},                                         // a vowel that has a place of its own
+        {"ก\u0E34", 1},                                    // and one that has none
+        {"a\u200Bb\u200Ec", 3},                            // invisible
+        {"so\u00ADft", 5},                                 // soft hyphen
+        {"…±Я─", 4},                                       // ambiguous
+        {"\U0001F600", 2},                                 // emoji
+        {"\u2764", 1},                                     // text by default
+        {"\u2764\uFE0F", 2},                               // as emoji
+        {"1\uFE0F\u20E3", 2},                              // keycap
+        {"\U0001F44D\U0001F3FD", 2},                       // with a skin tone
+        {"\u261D\U0001F3FD", 2},                           // narrow without it
+        {"\U0001F3FD", 2},                                 // a tone of its own
+        {"\U0001F1E8\U0001F1ED", 2},                       // flag
+        {"\U00020000\U0003FFFD", 4},                       // ideographs, one of them not assigned yet
+        {"\U0001F468\u200D\U0001F469\u200D\U0001F467", 2}, // family
+        {"\U0001F468\u200Dx", 3},                          // joined with no emoji
+        {"x\uFE0F", 1},
+        {"\u231A\U0001F3FD", 2},                                       // among the symbols
+        {"\U0001F3F3\uFE0F\u200D\U0001F308", 2},                       // flag of two
+        {"日\u200D本", 4},                                             // no sequence
+        {"\u0915\u094D\u200D\u0937", 2},                               // nor this one
+        {"\t|\n|\x1B[31m|\x7F|\u0085|\u2028|\u2029|\u202E|\u2066", 52} // by their escapes
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(Table::DisplayWidth(c.text), c.width) << c.text;
+    for (const auto& [text, width] : cases)
+        EXPECT_EQ(Table::DisplayWidth(text), width) << text;
     EXPECT_EQ(Table::DisplayWidth(std::string_view("\0", 1)), 4U);
     // One for each longest beginning of a sequence.
     EXPECT_EQ(Table::DisplayWidth("a\xFFz\xC0\xAF\xED\xA0\x80\xE2\x82"), 9U);
@@ -87,13 +86,7 @@ TEST(DisplayWidth, OfACharacterIsTheSameAtEveryPlace)
 
 TEST(Shorten, KeepsCharactersWhole)
 {
-    struct Case
-    {
-        const char* text;
-        std::size_t width;
-        const char* shown;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, std::size_t, const char*> cases[] = {
         {"short", 5, "short"},
         {"longer", 5, "lo..."},
         {"longer", 2, ".."},
@@ -104,8 +97,8 @@ TEST(Shorten, KeepsCharactersWhole)
         {"ab\tcd", 5, "ab..."},
         {"\xFF\xFE", 2, "\uFFFD\uFFFD"},
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(Table::Shorten(c.text, c.width), c.shown) << c.text;
+    for (const auto& [text, width, shown] : cases)
+        EXPECT_EQ(Table::Shorten(text, width), shown) << text;
     EXPECT_EQ(Table::Shorten("longer", 4, "…"), "lon…");
     EXPECT_EQ(Table::Shorten("longer", 4, ""), "long");
 }
@@ -171,12 +164,22 @@ TEST(TableBuilder, AlignsEachColumn)
                                                                   "|   |       |        | 123... |      |"}));
 }
 
-TEST(TableBuilder, TakesCellsOfManyTypes)
+TEST(TableBuilder, TakesCellsOfManyTypesUnderEveryLocale)
 {
+    struct Grouping : std::numpunct<char>
+    {
+        char do_decimal_point() const override { return ','; }
+        std::string do_grouping() const override { return "\3"; }
+    };
+    const std::locale old = std::locale::global(std::locale(std::locale::classic(), new Grouping));
     Table table({}, Style::Plain);
     table.addRow('c', true, std::int64_t{std::numeric_limits<std::int64_t>::min()},
                  std::numeric_limits<std::uint64_t>::max(), 1.0F / 3, 1e300, static_cast<const char*>(nullptr), "end");
-    EXPECT_EQ(table.toString(), "c  true  -9223372036854775808  18446744073709551615  0.333333  1e+300    end\n");
+    std::ostringstream out;
+    out << table;
+    std::locale::global(old);
+    EXPECT_EQ(out.str(), "c  true  -9223372036854775808  18446744073709551615  0.333333  1e+300    end\n");
+    EXPECT_EQ(table.toString(), out.str());
     table.clearRows();
     EXPECT_EQ(table.getColumnCount(), 8U) << "columns stay";
 
@@ -187,27 +190,7 @@ TEST(TableBuilder, TakesCellsOfManyTypes)
     EXPECT_EQ(parts.getRowCount(), 2U);
 
     EXPECT_EQ(Table().toString(), "");
-    EXPECT_EQ(Table({"a", "b"}).toString(), "a  b\n-  -\n");
-    std::ostringstream out;
-    out << Table({"x"}, Style::Plain);
-    EXPECT_EQ(out.str(), "x\n");
-}
-
-TEST(TableBuilder, SameUnderEveryLocale)
-{
-    struct Grouping : std::numpunct<char>
-    {
-        char do_decimal_point() const override { return ','; }
-        char do_thousands_sep() const override { return '.'; }
-        std::string do_grouping() const override { return "\3"; }
-    };
-    const std::locale old = std::locale::global(std::locale(std::locale::classic(), new Grouping));
-    Table table;
-    table.addRow(1234567, 2.5);
-    std::ostringstream out;
-    out << table;
-    std::locale::global(old);
-    EXPECT_EQ(out.str(), "1234567  2.5\n");
+    EXPECT_EQ(Table({"a", "b"}).addSeparator().toString(), "a  b\n-  -\n") << "a separator below nothing";
 }
 
 TEST(TableBuilder, KeepsItsShapeWhateverCellsHold)
@@ -248,12 +231,7 @@ TEST(TableBuilder, CutsWhatIsTooWide)
 
 TEST(TableBuilder, WrapsAtBlanks)
 {
-    struct Case
-    {
-        const char* text;
-        std::vector<std::string> lines;
-    };
-    const Case cases[] = {
+    const std::pair<const char*, std::vector<std::string>> cases[] = {
         {"a few words", {"a few", "words"}},
         {"exact size  of", {"exact", "size", "of"}},
         {"abcdefghijkl", {"abcdef", "ghijkl"}},
@@ -266,11 +244,11 @@ TEST(TableBuilder, WrapsAtBlanks)
         {"one\ntwo three", {"one", "two", "three"}},
         {"         x", {"", "   x"}},
     };
-    for (const Case& c : cases)
+    for (const auto& [text, lines] : cases)
     {
         Table table({}, Style::Plain);
-        table.setMaxWidth(0, 6, Overflow::Wrap).addRow(c.text);
-        EXPECT_EQ(linesOf(table.toString()), c.lines) << c.text;
+        table.setMaxWidth(0, 6, Overflow::Wrap).addRow(text);
+        EXPECT_EQ(linesOf(table.toString()), lines) << text;
     }
 }
 

