@@ -76,7 +76,10 @@ TEST_F(Clear, ARaisedFlagStopsBehindTheFirstEntry)
     const bool canceled = true;
     makeTree(dir.file("tree"));
     makeFolder(dir.file("empty"));
-    for (const char* name : {"tree", "empty"})
+    makeFolder(dir.file("files"));
+    for (const char* name : {"files/1", "files/2"})
+        writeFile(dir.file(name), "");
+    for (const char* name : {"tree", "empty", "files"})
     {
         const std::size_t before = entriesBelow(dir.file(name));
         EXPECT_FALSE(kyDirUtils::ClearFolderUtf8(dir.file(name), true, &error, &canceled));
