@@ -97,8 +97,8 @@ public:
     [[nodiscard]] static bool IsNetworkPath(const std::string& path);
 
     /// The path from the root on, '/'-separated; single and double dots and doubled separators are resolved in the
-    /// text, links are not. A separator at the end stays. Empty for an empty path, and for a result of 4096 characters
-    /// or more.
+    /// text, links are not. A separator at the end stays. Empty for an empty path, on Windows also for a result of
+    /// 4096 characters or more.
     [[nodiscard]] static std::string GetAbsolutePathUtf8(const std::string& path);
 
     /// The path with each component spelled as it is stored, '/'-separated; a drive letter in upper case. A component
@@ -194,8 +194,8 @@ public:
     /// @}
 
     /// Walks through folders: derive from it and override what should be seen; what is not overridden lets the walk go
-    /// on. Returning false from a callback ends the
-    /// walk at once: nothing else is called, and the folders still open are not left.
+    /// on. Returning false from a callback ends the walk at once: nothing else is called, and the folders still open are
+    /// not left.
     ///
     /// Entries come in the order in which the system lists them, which is none to rely on; a folder comes before its
     /// content. Hidden and system entries are visited like others, "." and ".." never. A link to a folder is reported

@@ -121,7 +121,8 @@ std::string systemTempFolder()
 
 std::string uniqueName(const std::string& folder, const std::string& prefix)
 {
-    if (folder.empty() || prefix.find_first_of("/\\") != std::string::npos)
+    constexpr std::string_view refused("/\\\0", 3);
+    if (folder.empty() || prefix.find_first_of(refused) != std::string::npos)
         return {};
     std::string start = systemPath(folder);
     start += start.back() == '/' ? prefix : "/" + prefix;

@@ -4,7 +4,11 @@
 #include <ky/kyLockFile.h>
 #include <ky/kyThread.h>
 
+#include <algorithm>
+#include <array>
 #include <atomic>
+#include <initializer_list>
+#include <tuple>
 #include <utility>
 
 namespace ky
@@ -89,34 +93,73 @@ bool kyLockFile::isLocked() const
 namespace
 {
 
+enum class Act
+{
+    TakeExclusive,
+    TakeShared,
+    Release, ///< and remove the file
+    Keep     ///< release, and keep the file
+};
+
+struct Step
+{
+    std::size_t who;
+    Act act;
+    bool succeeds;
+    bool fileIsThere; ///< before a take, behind a release
+};
+
+bool isRight(kyLockFile& lock, const std::string& path, const Step& step)
+{
+    const bool takes = step.act == Act::TakeExclusive || step.act == Act::TakeShared;
+    bool fileIsThere = false;
+    bool succeeds = false;
+    if (takes)
+    {
+        const auto type = step.act == Act::TakeShared ? kyLockFile::LockShared : kyLockFile::LockExclusive;
+        succeeds = lock.takeLockUtf8(path, &fileIsThere, type);
+    }
+    else
+    {
+        succeeds = lock.releaseLock(step.act == Act::Release);
+        fileIsThere = impl::native::pathExists(path);
+    }
+    return std::tuple(succeeds, fileIsThere, lock.isLocked()) ==
+           std::tuple(step.succeeds, step.fileIsThere, takes && step.succeeds);
+}
+
+bool areRight(const std::string& path, std::initializer_list<Step> steps)
+{
+    std::array<kyLockFile, 3> locks;
+    return std::all_of(steps.begin(), steps.end(),
+                       [&](const Step& step) { return isRight(locks[step.who], path, step); });
+}
+
 bool areSharedLocksRight(const std::string& path)
 {
-    kyLockFile first;
-    kyLockFile second;
-    kyLockFile exclusive;
-    bool existed = false;
-    return first.takeLockUtf8(path, nullptr, kyLockFile::LockShared) &&
-           second.takeLockUtf8(path, &existed, kyLockFile::LockShared) && existed &&
-           !exclusive.takeLockUtf8(path, &existed, kyLockFile::LockExclusive) && existed && !exclusive.isLocked() &&
-           first.releaseLock(true) && !first.isLocked() &&
-           !exclusive.takeLockUtf8(path, nullptr, kyLockFile::LockExclusive) && second.releaseLock(false) &&
-           exclusive.takeLockUtf8(path, &existed, kyLockFile::LockExclusive) && existed &&
-           !first.takeLockUtf8(path, nullptr, kyLockFile::LockShared) && exclusive.releaseLock(true) &&
-           !impl::native::pathExists(path);
+    return areRight(path, {{0, Act::TakeShared, true, false},
+                           {1, Act::TakeShared, true, true},
+                           {2, Act::TakeExclusive, false, true},
+                           {0, Act::Release, true, true},
+                           {2, Act::TakeExclusive, false, true},
+                           {1, Act::Keep, true, true},
+                           {2, Act::TakeExclusive, true, true},
+                           {0, Act::TakeShared, false, true},
+                           {2, Act::Release, true, false}});
 }
 
 bool areExclusiveLocksRight(const std::string& path)
 {
-    kyLockFile first;
-    kyLockFile second;
-    bool existed = false;
-    return first.takeLockUtf8(path, nullptr, kyLockFile::LockExclusive) && first.isLocked() &&
-           !second.takeLockUtf8(path, &existed, kyLockFile::LockExclusive) && existed && !second.isLocked() &&
-           !second.releaseLock(true) && !second.takeLockUtf8(path, nullptr, kyLockFile::LockShared) &&
-           first.releaseLock(false) && !first.releaseLock(false) && impl::native::pathExists(path) &&
-           second.takeLockUtf8(path, &existed, kyLockFile::LockExclusive) && existed && second.releaseLock(true) &&
-           first.takeLockUtf8(path, &existed, kyLockFile::LockExclusive) && !existed && first.releaseLock(true) &&
-           !impl::native::pathExists(path);
+    return areRight(path, {{0, Act::TakeExclusive, true, false},
+                           {1, Act::TakeExclusive, false, true},
+                           {1, Act::Release, false, true},
+                           {1, Act::TakeShared, false, true},
+                           {0, Act::Keep, true, true},
+                           {0, Act::Keep, false, true},
+                           {1, Act::TakeExclusive, true, true},
+                           {1, Act::Release, true, false},
+                           {0, Act::TakeExclusive, true, false},
+                           {0, Act::Release, true, false}});
 }
 
 } // namespace

@@ -1,46 +1,22 @@
 // SPDX-License-Identifier: MIT
 #include "io/file_input_stream.h"
 
-#include <algorithm>
-#include <cstring>
-
 namespace ky::impl
 {
 
-std::streamsize FileInputBuffer::readSome(char* to, std::streamsize count)
-{
-    native::ErrorCode error = 0;
-    const std::int64_t got = mFile.read(to, static_cast<std::size_t>(count), error);
-    if (got < 0)
-        throw std::ios_base::failure("read error"); // the stream turns this into badbit
-    mFilePosition += got;
-    return static_cast<std::streamsize>(got);
-}
-
-FileInputBuffer::int_type FileInputBuffer::underflow()
-{
-    if (gptr() == egptr())
-    {
-        const std::streamsize got = readSome(mSmall.data(), static_cast<std::streamsize>(mSmall.size()));
-        setg(mSmall.data(), mSmall.data(), mSmall.data() + got);
-    }
-    return gptr() == egptr() ? traits_type::eof() : traits_type::to_int_type(*gptr());
-}
-
 std::streamsize FileInputBuffer::xsgetn(char* to, std::streamsize count)
 {
-    std::streamsize done = std::min<std::streamsize>(count, egptr() - gptr());
-    if (done > 0)
-    {
-        std::memcpy(to, gptr(), static_cast<std::size_t>(done));
-        gbump(static_cast<int>(done));
-    }
+    std::streamsize done = 0;
     while (done < count)
     {
-        const std::streamsize got = readSome(to + done, count - done);
+        native::ErrorCode error = 0;
+        const std::int64_t got = mFile.read(to + done, static_cast<std::size_t>(count - done), error);
+        if (got < 0)
+            throw std::ios_base::failure("read error"); // the stream turns this into badbit
         if (got == 0)
             break;
-        done += got;
+        mFilePosition += got;
+        done += static_cast<std::streamsize>(got);
     }
     return done;
 }
@@ -49,7 +25,7 @@ FileInputBuffer::pos_type FileInputBuffer::seekoff(off_type offset, std::ios_bas
                                                    std::ios_base::openmode mode)
 {
     if (direction == std::ios_base::cur)
-        offset += mFilePosition - (egptr() - gptr());
+        offset += mFilePosition;
     else if (direction == std::ios_base::end)
     {
         const std::int64_t size = mFile.size();
@@ -65,7 +41,6 @@ FileInputBuffer::pos_type FileInputBuffer::seekpos(pos_type position, std::ios_b
     const off_type target = position;
     if (target < 0 || !mFile.seek(target))
         return pos_type(off_type(-1));
-    setg(nullptr, nullptr, nullptr);
     mFilePosition = target;
     return position;
 }

@@ -19,11 +19,9 @@ namespace
 class FileDevice : public kyIoDeviceStdStreamProxy
 {
 public:
+    /// Without a file it is not to be written to.
     explicit FileDevice(impl::FileOutputStream* file) : kyIoDeviceStdStreamProxy(nullptr, file), mFile(file) {}
-    std::size_t writeBytes(const char* data, std::size_t size) override
-    {
-        return mFile != nullptr && mFile->append(data, size) ? size : 0;
-    }
+    std::size_t writeBytes(const char* data, std::size_t size) override { return mFile->append(data, size) ? size : 0; }
 
 private:
     impl::FileOutputStream* mFile;

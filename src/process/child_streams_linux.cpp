@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "process/child_streams_native.h"
 
+#include "platform/parent_descriptor_linux.h"
 #include "platform/posix_retry.h"
-#include "process/parent_descriptor_linux.h"
 
 #include <algorithm>
 #include <array>

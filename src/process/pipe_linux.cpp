@@ -4,8 +4,8 @@
 #include "process/pipe_native.h"
 
 #include "platform/clock_native.h"
+#include "platform/parent_descriptor_linux.h"
 #include "platform/posix_retry.h"
-#include "process/parent_descriptor_linux.h"
 #include "process/pipe_socket_linux.h"
 
 #include <cstdint>

@@ -129,7 +129,7 @@ bool start(ProcessRecord& record, bool resolveProgram, kyProcess::ProcessPriorit
     record.process = native::Process();
 
     StartOrder order;
-    order.program = resolveProgram ? resolvedProgram(record.program) : record.program;
+    order.program = resolveProgram && !holdsNul(record.program) ? resolvedProgram(record.program) : record.program;
     order.arguments = record.arguments;
     order.environment = record.environment;
     if (!record.workingDirectory.empty())

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <locale>
+#include <string_view>
 
 namespace ky::impl
 {
@@ -11,8 +12,37 @@ namespace
 
 constexpr std::size_t kMaximumRecursivePath = 1000;
 
+/// A count or the number of a group that the standard library would compute beyond the range of its integers.
+bool holdsHugeNumber(std::string_view pattern)
+{
+    constexpr std::size_t mostDigits = 9;
+    constexpr std::string_view digits = "0123456789";
+    bool inSet = false;
+    bool inBraces = false;
+    for (std::size_t i = 0; i < pattern.size(); ++i)
+    {
+        const bool isEscape = pattern[i] == '\\' && i + 1 < pattern.size();
+        const char c = pattern[isEscape ? ++i : i];
+        if ((isEscape ? !inSet : inBraces) && digits.find(c) != std::string_view::npos)
+        {
+            const std::size_t end = std::min(pattern.find_first_not_of(digits, i), pattern.size());
+            if (end - std::min(pattern.find_first_not_of('0', i), end) > mostDigits)
+                return true;
+            i = end - 1;
+        }
+        else if (!isEscape)
+        {
+            inBraces = !inSet && (c == '{' || (inBraces && c != '}'));
+            inSet = inSet ? c != ']' : c == '[';
+        }
+    }
+    return false;
+}
+
 std::regex compileRegex(const std::string& pattern, bool caseInsensitive)
 {
+    if (holdsHugeNumber(pattern))
+        throw std::regex_error(std::regex_constants::error_badbrace);
     std::regex::flag_type flags = std::regex::ECMAScript | std::regex::nosubs;
     if (caseInsensitive)
         flags |= std::regex::icase;

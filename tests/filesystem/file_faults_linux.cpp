@@ -173,12 +173,18 @@ TEST_F(FileFaults, WhatClearingSaysWhenItIsRefused)
                 EXPECT_FALSE(kyDirUtils::ClearFolderUtf8(dir.file(name) + "/", true, &error, nullptr)) << name;
                 EXPECT_EQ(error, text);
             }
+            // A walk passes over what it may not enter.
+            std::vector<std::string> folders;
+            kyDirUtils::GlobFileAndFolderUtf8(dir.path(), nullptr, &folders, nullptr, 2 | 4);
+            EXPECT_THAT(folders, UnorderedElementsAre("file", "folder", "empty", "closed", "below", "closed"));
         });
     for (const auto& [name, text] : cases)
         fs::permissions(dir.file(name), fs::perms::all);
     fs::permissions(dir.file("below/closed"), fs::perms::all);
     EXPECT_EQ(namesIn(dir.path()).size(), 4u);
     EXPECT_TRUE(exists(dir.file("file/f")) && exists(dir.file("folder/empty")));
+    EXPECT_FALSE(kyDirUtils::ClearFolderUtf8(dir.file("file/."), true, &error, nullptr));
+    EXPECT_EQ(error, "RemoveDirectoryW error 22 for " + dir.file("file/."));
 }
 
 /// Makes a folder and swaps it for a link to the outside and back, as fast as it goes.
@@ -418,6 +424,11 @@ TEST_F(FileFaults, AFolderTakesNoFilesPlace)
     EXPECT_EQ(readFile(dir.file("f")), "content");
 }
 
+TEST_F(FileFaults, SharesAreNotLookedUp)
+{
+    EXPECT_EQ(kyDirUtils::GetActualPathNameUtf8("\\\\no-server\\share"), "//no-server/share");
+}
+
 TEST_F(FileFaults, RenamingOneOfTwoNamesOfAFile)
 {
     writeFile(dir.file("a"), "content");
@@ -462,7 +473,8 @@ TEST_F(FileFaults, TheTemporaryFolderComesFromTheEnvironment)
     EXPECT_EQ(kyDirUtils::GetTempFolderUtf8(), dir.path());
     const Variable missing("TMPDIR", "/no/such");
     EXPECT_EQ(kyDirUtils::GetTempFolderUtf8(), "/tmp");
-    for (const char* prefix : {"../x", "..\\x", "/x"})
+    for (const std::string& prefix :
+         {std::string("../x"), std::string("..\\x"), std::string("/x"), std::string("x\0y", 3)})
         EXPECT_EQ(kyDirUtils::GetTempFileUtf8(dir.path(), prefix), "") << prefix;
 }
 

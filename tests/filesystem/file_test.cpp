@@ -74,6 +74,8 @@ TEST_F(Files, WhatTheRecordTells)
     kyFileInfoUtf8 fresh;
     fresh.path = dir.file("missing");
     EXPECT_EQ(info, fresh);
+    fresh.path += "2";
+    EXPECT_NE(info, fresh);
     folder.clearInfos();
     EXPECT_EQ(folder, kyFileInfoUtf8());
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "support/child_process.h"
+#include "support/soak.h"
 #include "support/temp_dir.h"
 
 #include <ky/kyDirUtils.h>
@@ -7,6 +8,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstdio>
 #include <filesystem>
 #include <set>
 
@@ -42,6 +45,7 @@ TEST_F(Folders, MissingFoldersAreMade)
     writeFile(root + "/a/file", "");
     EXPECT_FALSE(kyDirUtils::MkpathUtf8(root + "/a/file"));
     EXPECT_FALSE(kyDirUtils::MkpathUtf8(root + "/a/file/b"));
+    EXPECT_FALSE(kyDirUtils::MkpathUtf8(root + "/" + std::string(300, 'n') + "/b"));
 }
 
 TEST_F(Folders, TheWorkingFolder)
@@ -80,6 +84,25 @@ TEST_F(Folders, TemporaryNamesAreFreeAndDiffer)
     EXPECT_THAT(kyDirUtils::GetTempFileUtf8(root + "/x.tmp/in", "pre", ".q"), HasSubstr("x.q"));
     EXPECT_THAT(kyDirUtils::GetTempFileUtf8(dir.file("missing"), "pre"), IsEmpty());
     EXPECT_THAT(kyDirUtils::GetTempFileUtf8(dir.file("missing"), "pre", ".txt"), IsEmpty());
+}
+
+TEST_F(Folders, TakenTemporaryNamesAreNotGivenOut)
+{
+    const int taken = isSoak() ? 0xFFFF : 200;
+    for (int number = 1; number <= taken; ++number)
+    {
+        std::array<char, 16> name{};
+        std::snprintf(name.data(), name.size(), "pre%X.tmp", static_cast<unsigned>(number));
+        writeFile(dir.file(name.data()), "taken");
+    }
+    int given = 0;
+    for (const std::string& name :
+         {kyDirUtils::GetTempFileUtf8(dir.path(), "pre"), kyDirUtils::GetTempFileUtf8(dir.path(), "pre", ".tmp"),
+          kyDirUtils::GetTempFileUtf8(dir.path(), "pre", ".txt")})
+        given += !name.empty() && exists(name);
+    const auto left = std::distance(fs::directory_iterator(std::u8string(dir.path().begin(), dir.path().end())),
+                                    fs::directory_iterator());
+    account("temporary names", {taken, "names taken before"}, {}, {given + taken - left, "names given or removed"});
 }
 
 TEST_F(Folders, FreeSpaceIsToldOfAbsolutePaths)

@@ -128,6 +128,8 @@ TEST_F(LockFile, CopiesHoldOneLock)
     ASSERT_TRUE(assigned.takeLockUtf8(dir.file("other.lock"), nullptr, exclusive));
     assigned = first;
     EXPECT_FALSE(exists(dir.file("other.lock")));
+    const kyLockFile again = first;
+    assigned = again;
     EXPECT_TRUE(assigned.isLocked());
     EXPECT_TRUE(first.isLocked());
     EXPECT_TRUE(assigned.releaseLock(true));

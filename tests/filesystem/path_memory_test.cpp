@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "filesystem/counting_new.h"
+#include "support/failing_new.h"
 
 #include <ky/kyDirUtils.h>
 
@@ -11,10 +11,10 @@ namespace
 template <typename Work>
 int requestsOf(Work work)
 {
-    const int before = ky::test::memoryRequests();
+    const int before = ky::test::memoryRequests.made;
     const std::string result = work();
     EXPECT_FALSE(result.empty());
-    return ky::test::memoryRequests() - before;
+    return ky::test::memoryRequests.made - before;
 }
 
 TEST(PathMemory, OneRequestAtMost)

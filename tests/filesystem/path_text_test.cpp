@@ -153,6 +153,7 @@ TEST(PathText, ActualNamesAreThoseStored)
     EXPECT_EQ(kyDirUtils::GetActualPathNameUtf8(dir.path() + "/mixedCASE/Missing/\xC3\x84.x"),
               base + "/MixedCase/Missing/\xC3\x84.x");
     EXPECT_EQ(kyDirUtils::GetActualPathNameUtf8("q:\\No\\\\Such\\"), "Q:/No//Such/");
+    EXPECT_EQ(kyDirUtils::GetActualPathNameUtf8("q:") + kyDirUtils::GetActualPathNameUtf8("q:x"), "Q:Q:x");
     EXPECT_EQ(kyDirUtils::GetActualPathNameUtf8("No-such\\Name"), "No-such/Name");
     EXPECT_EQ(kyDirUtils::GetActualPathNameUtf8(""), "");
 }

@@ -83,6 +83,9 @@ TEST_F(Visitor, FoldersComeBeforeTheirContentAndAreLeftBehindIt)
     Recorder flat(dir.path());
     EXPECT_TRUE(flat.visit(dir.path(), false, nullptr, false));
     EXPECT_THAT(flat.calls, ElementsAre("enter R", "folder R sub", "leave R"));
+    Recorder separated(dir.path() + "\\");
+    EXPECT_TRUE(separated.visit(dir.path() + "\\", true, nullptr, false));
+    EXPECT_THAT(separated.calls, Contains("enter Rsub/deep")) << "no second separator";
 }
 
 TEST_F(Visitor, AVetoEndsEverythingAtOnce)

@@ -128,6 +128,21 @@ TEST(WalkFaults, DepthIsLimitedByNothing)
     withDescriptors(16, [&] { EXPECT_EQ(removeTree(dir.path()), 2 * depth); });
 }
 
+TEST(WalkFaults, NoDescriptorIsLeftForASecondFolder)
+{
+    const TempDir dir;
+    makeFolder(dir.file("a/b"));
+    const int next = dup(0);
+    close(next);
+    withDescriptors(static_cast<rlim_t>(next) + 1,
+                    [&]
+                    {
+                        Counter counter;
+                        EXPECT_TRUE(counter.visit(dir.path(), true, nullptr, false));
+                        EXPECT_EQ(counter.entered, 1);
+                    });
+}
+
 TEST(WalkFaults, EveryNameTheSystemTakes)
 {
     const TempDir dir;

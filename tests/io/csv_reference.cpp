@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <iterator>
+#include <sstream>
 
 namespace ky::test
 {
@@ -119,6 +120,15 @@ private:
 
 CsvResult referenceCsv(const std::string& bytes, CsvFormat format) { return Reference(format).run(bytes); }
 
+std::vector<std::string> split(const std::string& texts)
+{
+    std::istringstream in(texts);
+    std::vector<std::string> parts;
+    for (std::string part; std::getline(in, part, '|');)
+        parts.push_back(part);
+    return parts;
+}
+
 std::string show(const CsvResult& result)
 {
     static constexpr char digits[] = "0123456789abcdef";
@@ -127,7 +137,6 @@ std::string show(const CsvResult& result)
     {
         for (const std::string& cell : row)
         {
-            text += '|';
             for (const char character : cell)
             {
                 const auto code = static_cast<unsigned char>(character);
@@ -136,10 +145,11 @@ std::string show(const CsvResult& result)
                 else
                     (((text += "\\x") += digits[code >> 4]) += digits[code & 15]);
             }
+            text += '|';
         }
-        text += "|\n";
+        text.back() = '/';
     }
-    return text + (result.error.empty() ? "ok" : "error: " + result.error) + "\n";
+    return text + (result.error.empty() ? "" : "!" + result.error);
 }
 
 } // namespace ky::test

@@ -27,7 +27,10 @@ struct CsvFormat
 
 CsvResult referenceCsv(const std::string& bytes, CsvFormat format = {});
 
-/// One line per row, cells between bars and control characters visible: for messages of failed tests.
+/// The texts between bars.
+std::vector<std::string> split(const std::string& texts);
+
+/// "a|b/c/!error": bars between the cells of a row, a slash behind each row, control characters visible.
 std::string show(const CsvResult& result);
 
 } // namespace ky::test

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "csv_writer_limit.h"
+#include "device_support.h"
 
 #include "support/soak.h"
 #include "support/temp_dir.h"
@@ -7,7 +7,6 @@
 #include <ky/kyCsvFileReader.h>
 #include <ky/kyCsvFileWriter.h>
 #include <ky/kyIoDeviceMemory.h>
-#include <ky/kyLog.h>
 
 #include <gtest/gtest.h>
 
@@ -24,24 +23,11 @@ using ky::kyCsvFileWriter;
 using ky::kyCsvStream;
 const kyCsvStream::EndOfRow endOfRow;
 
-void collect(const std::string& message, ky::kyLogType type, const std::string&, void* messages)
-{
-    static_cast<std::vector<std::string>*>(messages)->push_back(ky::toText(type) + (" " + message));
-}
-
 class CsvWriterFile : public testing::Test
 {
 protected:
-    CsvWriterFile()
-    {
-        ky::kyLog::createInstance(false);
-        ky::kyLog::edit().setEchoToConsole(false);
-        ky::kyLog::edit().installCustomHandler(&collect, &messages);
-    }
-    ~CsvWriterFile() override { ky::kyLog::destroyInstance(); }
-
-    TempDir dir;
-    std::vector<std::string> messages;
+    const TempDir dir;
+    LogTexts log;
 };
 
 void writeRows(kyCsvFileWriter& writer, int first, int last)
@@ -79,7 +65,7 @@ TEST_F(CsvWriterFile, SplitsAfterTheGivenRows)
     EXPECT_TRUE(single.finish());
     EXPECT_EQ(single.getFileCount(), 3U);
     EXPECT_EQ(readFile(dir.file("single (2).csv")), "3,x");
-    EXPECT_TRUE(messages.empty());
+    EXPECT_TRUE(log.take().empty());
 }
 
 TEST_F(CsvWriterFile, ReportsAFileThatCannotBeOpenedAndWaitsForTheSplit)
@@ -87,7 +73,7 @@ TEST_F(CsvWriterFile, ReportsAFileThatCannotBeOpenedAndWaitsForTheSplit)
     const std::string folder = dir.file("later");
     kyCsvFileWriter writer(folder, "t", 2);
     kyCsvStream& stream = writer.getStream();
-    EXPECT_EQ(messages, std::vector<std::string>{"CRITICAL Fail to open csv file " + folder + "/t.csv"});
+    EXPECT_EQ(log.take(), std::vector<std::string>{"Fail to open csv file " + folder + "/t.csv"});
     EXPECT_TRUE(stream.isOk());
     stream << 1 << endOfRow;
     EXPECT_FALSE(stream.isOk());
@@ -98,7 +84,7 @@ TEST_F(CsvWriterFile, ReportsAFileThatCannotBeOpenedAndWaitsForTheSplit)
     stream.setDevice(&memory);
     stream << 1 << endOfRow << 2 << endOfRow;
     writer.getStream() << 3;
-    EXPECT_EQ(messages.size(), 1U);
+    EXPECT_TRUE(log.take().empty());
     EXPECT_FALSE(writer.finish()) << "the first rows are lost";
     EXPECT_EQ(readFile(folder + "/t (1).csv"), "3");
 }
@@ -119,58 +105,6 @@ TEST_F(CsvWriterFile, FinishTellsAndTheNextRowGoesToTheNextFile)
     EXPECT_FALSE(writer.finish());
     EXPECT_FALSE(writer.finish());
     EXPECT_EQ(readFile(dir.file("t (2).csv")), "3");
-}
-
-TEST_F(CsvWriterFile, TellsWhenTheDiskIsFull)
-{
-    constexpr std::size_t limit = 150000;
-    const std::string cell(99, 'x');
-    kyCsvFileWriter writer(dir.path(), "t", 1000, ',', '"', "\n");
-    for (int row = 0; row < 1000; ++row)
-        writer.getStream() << cell << endOfRow;
-    writer.getStream() << cell << endOfRow;
-    std::size_t rows = 1;
-    {
-        const WriteLimit full(dir.file("t (1).csv"), limit);
-        if (!full.works())
-            GTEST_SKIP() << "a locked range can be written here";
-        for (; rows < 1000 && writer.getStream().isOk(); ++rows)
-            writer.getStream() << cell << cell << cell << endOfRow;
-        EXPECT_FALSE(writer.getStream().isOk());
-        EXPECT_LE(rows, limit / 300 + 220) << "at most one block behind";
-    }
-    // There is room again, but a hole in the middle of the file would be worse than its end.
-    EXPECT_FALSE(writer.finish());
-    std::string first;
-    for (int row = 0; row < 1000; ++row)
-        first += (row == 0 ? "" : "\n") + cell;
-    EXPECT_EQ(readFile(dir.file("t.csv")), first) << "files before the split are whole";
-    std::string second = cell;
-    for (std::size_t row = 0; row < rows; ++row)
-        second += "\n" + cell + "," + cell + "," + cell;
-    const std::string arrived = readFile(dir.file("t (1).csv"));
-    EXPECT_LE(arrived.size(), limit);
-    EXPECT_GE(arrived.size(), limit / 2);
-    EXPECT_EQ(second.compare(0, arrived.size(), arrived), 0);
-}
-
-TEST_F(CsvWriterFile, FinishTellsWhatTheLastBlockMet)
-{
-    for (const std::size_t cellSize : {std::size_t{5}, std::size_t{200000}})
-    {
-        kyCsvFileWriter writer(dir.path(), "t", 1);
-        kyCsvStream& stream = writer.getStream();
-        const WriteLimit full(dir.file("t.csv"), 0);
-        if (!full.works())
-            GTEST_SKIP() << "a locked range can be written here";
-        stream << std::string(cellSize, 'x') << endOfRow;
-        // A cell larger than a block shows at once.
-        EXPECT_EQ(stream.isOk(), cellSize == 5);
-        writer.getStream();
-        EXPECT_TRUE(stream.isOk());
-        EXPECT_FALSE(writer.finish());
-        EXPECT_EQ(readFile(dir.file("t.csv")).size(), 0U);
-    }
 }
 
 TEST_F(CsvWriterFile, KeepsWhatItWroteWhenTheFolderGoesAway)
@@ -194,7 +128,7 @@ TEST_F(CsvWriterFile, KeepsWhatItWroteWhenTheFolderGoesAway)
     writeRows(writer, 7, 7);
     EXPECT_FALSE(writer.getStream().isOk());
     EXPECT_FALSE(writer.finish());
-    EXPECT_EQ(messages, std::vector<std::string>{"CRITICAL Fail to open csv file " + folder + "/t (3).csv"});
+    EXPECT_EQ(log.take(), std::vector<std::string>{"Fail to open csv file " + folder + "/t (3).csv"});
     EXPECT_EQ(readFile(dir.file("gone/t.csv")), "1,x\n2,x");
     EXPECT_EQ(readFile(dir.file("gone/t (1).csv")), "3,x\n4,x");
     EXPECT_EQ(readFile(dir.file("gone/t (2).csv")), failed ? "5,x" : "5,x\n6,x");
@@ -221,27 +155,6 @@ TEST_F(CsvWriterFile, SpreadsManyRowsOverManyFiles)
             wrong += row[0].toInteger() != next++;
     }
     account("CSV writing", {files * rowsPerFile, "rows over many files, read again"}, {}, {wrong, "wrong rows"});
-}
-
-TEST_F(CsvWriterFile, WritesHugeCells)
-{
-    std::string cell(100'000'000, 'x');
-    for (const char* const special : {"", "\""})
-    {
-        for (std::size_t at = 0; *special != '\0' && at < cell.size(); at += 4'999'999)
-            cell[at] = *special;
-        kyCsvFileWriter writer(dir.path(), "t");
-        writer.getStream() << "head" << endOfRow;
-        writer.getStream() << cell << "end" << endOfRow;
-        ASSERT_TRUE(writer.finish());
-        ky::kyCsvFileReader reader(false);
-        reader.setFileName(dir.file("t.csv"));
-        ASSERT_TRUE(reader.parseCsvFile());
-        ASSERT_EQ(reader.getTable().size(), 2U);
-        ASSERT_EQ(reader.getTable()[1].size(), 2U);
-        EXPECT_TRUE(reader.getTable()[1][0].getString() == cell);
-        EXPECT_EQ(reader.getTable()[1][1].getString(), "end");
-    }
 }
 
 } // namespace

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-// The file stream below the CSV writer.
+// The file streams below the CSV writer and the CSV reader.
 #include "support/temp_dir.h"
 
+#include "io/file_input_stream.h"
 #include "io/file_output_stream.h"
 
 #include <gtest/gtest.h>
@@ -14,6 +15,7 @@ namespace
 {
 
 using namespace ky::test;
+using ky::impl::FileInputStream;
 using ky::impl::FileOutputStream;
 using ky::impl::native::FileHandle;
 using ky::impl::native::OpenMode;
@@ -69,6 +71,8 @@ TEST(CsvWriterOutput, TellsWhatCouldNotBeWritten)
     EXPECT_FALSE(full.put('y'));
     full.clear();
     EXPECT_FALSE(full << 'z' << std::flush) << "no later byte without the earlier ones";
+    full.clear();
+    EXPECT_FALSE(full.flush());
     EXPECT_FALSE(full.close());
 
     FileOutputStream tail(FileHandle::open(dir.file("f"), OpenMode::Read, error));
@@ -76,6 +80,20 @@ TEST(CsvWriterOutput, TellsWhatCouldNotBeWritten)
     EXPECT_FALSE(tail.close());
     EXPECT_FALSE(tail.close());
     EXPECT_EQ(readFile(dir.file("f")), "before");
+}
+
+TEST(CsvReaderInput, ReportsWhatTheSystemRefuses)
+{
+    const TempDir dir;
+    ky::impl::native::ErrorCode error = 0;
+    char byte = 0;
+    FileInputStream closed(FileHandle{});
+    EXPECT_FALSE(closed.seekg(0, std::ios_base::end));
+    FileInputStream written(FileHandle::open(dir.file("f"), OpenMode::Truncate, error));
+    EXPECT_TRUE(written.read(&byte, 1).bad());
+    FileInputStream file(FileHandle::open(dir.file("f"), OpenMode::Read, error));
+    EXPECT_TRUE(file.seekg(7) && file.tellg() == std::streamoff{7}) << "behind the end";
+    EXPECT_FALSE(file.seekg(-8, std::ios_base::cur));
 }
 
 } // namespace

@@ -4,18 +4,12 @@
 #include "support/process_state.h"
 #include "support/soak.h"
 
-#include <ky/kyDataStream.h>
 #include <ky/kyIoDeviceBroadcast.h>
 #include <ky/kyIoDeviceByteCounter.h>
-#include <ky/kyIoDeviceMemory.h>
 #include <ky/kyIoDeviceSignaler.h>
-#include <ky/kyIoDeviceStdStreamProxy.h>
 #include <ky/kyIoDeviceWriteStreamModifier.h>
 
 #include <gmock/gmock.h>
-
-#include <memory>
-#include <sstream>
 
 namespace
 {
@@ -31,11 +25,9 @@ constexpr std::size_t working = 2202009; ///< so much has to wait before the tra
 constexpr std::size_t transfer = 0x100000;
 
 /// Hands out every byte of its source `copies` times, and one byte in front of all and one behind.
-class Doubler : public ky::kyIoDeviceDelegable
+class Doubler : public ky::kyIoDeviceByteCounter
 {
 public:
-    Doubler() : kyIoDeviceDelegable(ReadDelegation, 0x7001) {}
-
     std::size_t copies = 1;
     std::size_t request = transfer; ///< asked of the source at a time
     bool canBegin = true;
@@ -69,13 +61,6 @@ public:
         mReady.erase(0, given);
         return given == 0 ? 0 : given + claimed;
     }
-    std::size_t writeBytes(const char*, std::size_t) override { return 0; }
-    bool hasError() const override { return false; }
-    bool atEnd() const override { return mEnded; }
-    bool seekg(std::int64_t, SeekStart) override { return false; }
-    bool seekp(std::int64_t, SeekStart) override { return false; }
-    std::uint64_t tellg() override { return 0; }
-    std::uint64_t tellp() override { return 0; }
 
     static std::string transformed(const std::string& text, std::size_t copies)
     {
@@ -266,14 +251,14 @@ TEST(WriteStreamModifier, LosesWhatIsAbandoned)
         modifier << "abandoned";
         modifier.clearDelegation();
         EXPECT_TRUE(modifier.beginDelegation(&second));
-        modifier << "sent";
+        modifier << "sent" << sample(6'000'000);
         EXPECT_FALSE(modifier.atEnd());
         EXPECT_TRUE(modifier.endDelegation());
         modifier.beginDelegation(&first);
         modifier << "abandoned, too";
     }
     EXPECT_THAT(first.writes, IsEmpty());
-    EXPECT_EQ(second.content, "<sent>");
+    EXPECT_TRUE(second.content == "<sent" + sample(6'000'000) + ">");
 }
 
 TEST(WriteStreamModifier, HasNowhereToSendWithoutATarget)
@@ -283,51 +268,6 @@ TEST(WriteStreamModifier, HasNowhereToSendWithoutATarget)
     EXPECT_EQ(modifier.writeBytes("text", 4), 4U) << "until it is to be sent";
     EXPECT_FALSE(writeAll(modifier, sample(3000000), 1000));
     EXPECT_FALSE(modifier.endDelegation());
-}
-
-TEST(Adapters, WorkInARow)
-{
-    constexpr int count = 400000;
-    std::stringstream file;
-    ky::kyIoDeviceStdStreamProxy proxy(&file, &file);
-    ky::kyIoDeviceMemory memory;
-    ky::kyIoDeviceBroadcast broadcast({&proxy, &memory});
-    ky::kyIoDeviceByteCounter sent;
-    Doubler doubler;
-    doubler.request = 50000;
-    kyIoDeviceWriteStreamModifier modifier(&doubler);
-    int signals = 0;
-    ky::kyIoDeviceSignaler::Signal signal = [&](kyIoDevice*) { ++signals; };
-    ky::kyIoDeviceSignaler signaler(&signal, 1000000);
-    sent.beginDelegation(&broadcast);
-    modifier.beginDelegation(&sent);
-    signaler.beginDelegation(&modifier);
-
-    ky::kyDataStream out(&signaler, ky::kyDataStream::BigEndian);
-    for (int i = 0; i < count; ++i)
-        out << i << i * 0.5;
-    EXPECT_TRUE(out.isOk() && signaler.endDelegation() && modifier.endDelegation() && sent.endDelegation());
-    EXPECT_EQ(signals, 4);
-    EXPECT_EQ(sent.getWrittenBytes(), count * 12 + 2);
-    EXPECT_EQ(memory.getData().size(), sent.getWrittenBytes());
-
-    ky::kyIoDeviceByteCounter received;
-    for (kyIoDevice* source : {static_cast<kyIoDevice*>(&proxy), static_cast<kyIoDevice*>(&memory)})
-    {
-        received.beginDelegation(source);
-        ky::kyDataStream in(&received, ky::kyDataStream::BigEndian);
-        EXPECT_EQ(received.skipBytes(1), 1U);
-        for (int i = 0; i < count; ++i)
-        {
-            int number = -1;
-            double real = -1;
-            in >> number >> real;
-            ASSERT_EQ(number, i);
-            ASSERT_EQ(real, i * 0.5);
-        }
-        EXPECT_EQ(received.skipBytes(100), 1U);
-        EXPECT_EQ(received.getReadBytes(), count * 12 + 2);
-    }
 }
 
 /// Keeps nothing; checks that it gets the transformer's first byte, the pattern and the transformer's last byte.

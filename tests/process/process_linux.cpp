@@ -215,6 +215,7 @@ TEST(ProcessLinux, PrioritiesAreNiceValues)
         kyProcess::ProcessPriority priority;
         int nice;
     } cases[] = {{kyProcess::Inherit, own},
+                 {kyProcess::Normal, ::geteuid() == 0 ? 0 : std::max(own, 0)},
                  {kyProcess::Low, std::max(own, 10)},
                  {static_cast<kyProcess::ProcessPriority>(4), own}};
     const TempDir dir;

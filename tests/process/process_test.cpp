@@ -105,6 +105,7 @@ TEST(Process, AProgramThatCannotStartIsReported)
         EXPECT_THAT(messages.all.back().second, StartsWith("CreateProcessW return an error "));
         EXPECT_FALSE(kyProcess::StartDetachedUtf8(program, {}, "", false));
     }
+    EXPECT_EQ(kyProcess::ExecUtf8(bad[4], {}, "", true, amplyMs), -1) << "the path before the NUL is another one";
     EXPECT_EQ(kyProcess::ExecUtf8(childProgram(), {"process_end", std::string("0\0", 2)}, "", true, amplyMs), -1);
     for (const std::string& folder : {dir.file("no folder"), dir.path() + '\0', dir.path() + '\0' + "rest"})
         EXPECT_EQ(kyProcess::ExecUtf8(childProgram(), {"process_end", "0"}, folder, true, amplyMs), -1);

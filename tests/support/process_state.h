@@ -14,6 +14,7 @@ struct ProcessState
     std::size_t threads = 0;
     std::size_t handles = 0;           ///< descriptors on Linux
     std::size_t heapBytes = 0;         ///< in use by the C runtime's heap; 0 where a sanitizer replaces the heap
+    std::size_t ramBytes = 0;          ///< that really lie in memory
     void (*dispositions[3])(int) = {}; ///< of SIGFPE, SIGILL and SIGSEGV
 };
 

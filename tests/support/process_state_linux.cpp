@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <malloc.h>
+#include <unistd.h>
 
 namespace ky::test
 {
@@ -39,6 +40,9 @@ ProcessState processState()
     state.handles = entriesOf("/proc/self/fd");
     const struct mallinfo2 heap = mallinfo2();
     state.heapBytes = heap.uordblks + heap.hblkhd;
+    std::size_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages >> state.ramBytes;
+    state.ramBytes *= static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
     return state;
 }
 

@@ -7,6 +7,7 @@
 
 #include <windows.h>
 
+#include <psapi.h>
 #include <tlhelp32.h>
 
 #include <csignal>
@@ -59,6 +60,9 @@ ProcessState processState()
     state.threads = countThreads();
     state.handles = handles;
     state.heapBytes = usedHeap();
+    PROCESS_MEMORY_COUNTERS counters = {};
+    K32GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof(counters));
+    state.ramBytes = counters.WorkingSetSize;
     return state;
 }
 

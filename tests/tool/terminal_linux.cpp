@@ -293,4 +293,20 @@ TEST(ToolOnAFullDisk, AReportThatDoesNotFitLeavesTheOldFile)
     }
 }
 
+TEST(ToolOnAFullDisk, OutputThatIsLostIsAFailure)
+{
+    const TempDir dir;
+    writeFile(dir.file("t.csv"), "a,b\n");
+    writeFile(dir.file("t.ini"), "[s]\na=1\n");
+    const std::string here = "'" + dir.path() + "/";
+    for (const std::string& command : {"find " + here + "'", "csv " + here + "t.csv'", "ini " + here + "t.ini' get s/a",
+                                       "sort " + here + "t.csv'", std::string("run echo x")})
+    {
+        const std::string line =
+            "'" + ky::test::binFolder() + "/ky' " + command + " > /dev/full 2> " + here + "errors'";
+        EXPECT_EQ(WEXITSTATUS(std::system(line.c_str())), 1) << command;
+        EXPECT_EQ(readFile(dir.file("errors")), "ky: standard output: cannot be written\n") << command;
+    }
+}
+
 } // namespace

@@ -118,6 +118,11 @@ TEST(PathPattern, RefusesWhatTheStandardLibraryRefuses)
         EXPECT_THROW(libraryPattern(pattern, false), std::regex_error) << pattern;
         EXPECT_THROW(PathMatcher(pattern, false), std::regex_error) << pattern;
     }
+    // Numbers that the library would take for others.
+    for (const char* const pattern : {"a{99999999999999999999}", "(?=a)a{1,4294967297}", "(a)\\99999999999999999999"})
+        EXPECT_THROW(PathMatcher(pattern, false), std::regex_error) << pattern;
+    PathMatcher fitting("(?=a)a{0000000000002}[{12345678901\\]2]\\{12345678901", false);
+    EXPECT_TRUE(matched(fitting, "aa]{12345678901", 1));
 }
 
 TEST(PathPattern, LongPatterns)

@@ -9,6 +9,7 @@
 #include <ky/kySystem.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <iostream>
 
 namespace ky::tool
@@ -241,7 +242,9 @@ ExitCode run(const CLI::App& app, const Options& options)
     Session session;
     if (!session.startLog(options.session))
         return Failed;
-    return runCommand(command, options);
+    const ExitCode result = runCommand(command, options);
+    const bool isPrinted = std::cout.flush().good() && std::ferror(stdout) == 0;
+    return isPrinted || result != Done ? result : fail("standard output", "cannot be written");
 }
 
 /// Where the options from `at` on end; every one of them has a value.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "process/parent_descriptor_linux.h"
+#include "platform/parent_descriptor_linux.h"
 
 #include <pthread.h>
 #include <unistd.h>

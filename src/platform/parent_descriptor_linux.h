@@ -8,7 +8,7 @@ namespace ky::impl::native
 {
 
 /// An owned descriptor that the child of a fork does not get: it is closed there, and -1. Otherwise the child would
-/// keep pipes and names alive that its parent has given up.
+/// keep pipes, locks and names alive that its parent has given up.
 class ParentDescriptor
 {
 public:
