@@ -3,6 +3,7 @@
 #include "concurrency/pool_of.h"
 #include "concurrency/solver_batch.h"
 #include "concurrency/sync_native.h"
+#include "concurrency/threads.h"
 #include "diagnostics/guard_faults.h"
 #include "support/child_process.h"
 #include "support/sanitizer.h"
@@ -12,12 +13,10 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <atomic>
 #include <deque>
 #include <functional>
 #include <stdexcept>
-#include <string>
 #include <thread>
 #include <vector>
 
@@ -29,6 +28,7 @@ using ky::kyMutex;
 using ky::kyWaitCondition;
 using ky::test::eventually;
 using ky::test::PoolOf;
+using ky::test::Threads;
 
 const auto* const sLibrary = testing::AddGlobalTestEnvironment(new ky::test::FullLibrary);
 
@@ -60,7 +60,11 @@ private:
 
 struct Solver : ConcurrentPool::SolverBase
 {
-    void add(FunctionTask::Function function) { addTask(&mOwned.emplace_back(std::move(function))); }
+    void add(int count, const FunctionTask::Function& function)
+    {
+        for (; count > 0; --count)
+            addTask(&mOwned.emplace_back(function));
+    }
 
 private:
     std::deque<FunctionTask> mOwned;
@@ -103,16 +107,15 @@ TEST(ConcurrentPool, BringsAllWorkersToWorkAgainAndAgain)
         {
             unsigned present = 0;
             int missed = 0;
+            const auto meet = [&](kyMutex& mutex, kyWaitCondition& condition)
+            {
+                if (++present == workers + 1)
+                    condition.wakeAll();
+                while (present <= workers && missed == 0)
+                    missed += condition.wait(&mutex, wakeLimitMs) ? 0 : 1;
+            };
             Solver solver;
-            for (unsigned i = 0; i <= workers; ++i)
-                solver.add(
-                    [&](kyMutex& mutex, kyWaitCondition& condition)
-                    {
-                        if (++present == workers + 1)
-                            condition.wakeAll();
-                        while (present <= workers && missed == 0)
-                            missed += condition.wait(&mutex, wakeLimitMs) ? 0 : 1;
-                    });
+            solver.add(static_cast<int>(workers) + 1, meet);
             solver.solve(pool);
             wrong += missed;
         }
@@ -128,12 +131,12 @@ TEST_P(SolverOn, ExecutesEveryTaskOnceWithTheMutexHeld)
         int wrongly = 0;
         Solver solver;
         for (unsigned i = 0; i < count; ++i)
-            solver.add(
-                [&, i](kyMutex& mutex, kyWaitCondition&)
-                {
-                    wrongly += isHeldOnce(mutex) ? 0 : 1;
-                    ++executed[i];
-                });
+            solver.add(1,
+                       [&, i](kyMutex& mutex, kyWaitCondition&)
+                       {
+                           wrongly += isHeldOnce(mutex) ? 0 : 1;
+                           ++executed[i];
+                       });
         solver.solve();
         EXPECT_EQ(executed, std::vector<int>(count, 1));
         EXPECT_EQ(wrongly, 0);
@@ -150,18 +153,18 @@ TEST_P(SolverOn, BeginsTasksInOrderSoThatLaterOnesMayWaitForEarlierOnes)
     int missed = 0;
     Solver solver;
     for (int i = 0; i < count; ++i)
-        solver.add(
-            [&, i](kyMutex& mutex, kyWaitCondition& condition)
-            {
-                {
-                    const ConcurrentPool::Unlocked unlocked(mutex);
-                    std::this_thread::yield();
-                }
-                while (finished < i && missed == 0)
-                    missed += condition.wait(&mutex, wakeLimitMs) ? 0 : 1;
-                ++finished;
-                condition.wakeAll();
-            });
+        solver.add(1,
+                   [&, i](kyMutex& mutex, kyWaitCondition& condition)
+                   {
+                       {
+                           const ConcurrentPool::Unlocked unlocked(mutex);
+                           std::this_thread::yield();
+                       }
+                       while (finished < i && missed == 0)
+                           missed += condition.wait(&mutex, wakeLimitMs) ? 0 : 1;
+                       ++finished;
+                       condition.wakeAll();
+                   });
     solver.solve();
     EXPECT_EQ(finished, count);
     EXPECT_EQ(missed, 0);
@@ -171,39 +174,26 @@ TEST_P(SolverOn, HandsOnTheFirstExceptionWhenAllHaveEnded)
 {
     for (const bool whileReleased : {false, true})
     {
-        std::atomic<int> begun{0};
-        std::atomic<int> ended{0};
+        int begun = 0;
+        int ended = 0;
+        const auto work = [&](kyMutex& mutex, kyWaitCondition&)
+        {
+            const bool isGuilty = ++begun == 21;
+            if (isGuilty && !whileReleased)
+                throw std::out_of_range("task 20");
+            mutex.unlock();
+            if (isGuilty)
+                throw std::out_of_range("task 20");
+            std::this_thread::yield();
+            mutex.lock();
+            ++ended;
+        };
         Solver solver;
-        for (int i = 0; i < 300; ++i)
-            solver.add(
-                [&, i](kyMutex& mutex, kyWaitCondition&)
-                {
-                    ++begun;
-                    if (i == 20 && !whileReleased)
-                        throw std::runtime_error("task 20");
-                    mutex.unlock();
-                    if (i == 20)
-                        throw std::runtime_error("task 20");
-                    std::this_thread::yield();
-                    mutex.lock();
-                    ++ended;
-                });
-        std::string caught;
-        try
-        {
-            solver.solve();
-        }
-        catch (const std::runtime_error& error)
-        {
-            caught = error.what();
-        }
-        EXPECT_EQ(caught, "task 20");
+        solver.add(300, work);
+        EXPECT_THROW(solver.solve(), std::out_of_range);
         EXPECT_EQ(begun, ended + 1);
-        if (!whileReleased)
-        {
-            EXPECT_EQ(begun, 21) << "nothing is begun after a failure";
-        }
-        solver.add([&](kyMutex& mutex, kyWaitCondition&) { ended = isHeldOnce(mutex) ? -1 : -2; });
+        EXPECT_TRUE(whileReleased || begun == 21) << "nothing is begun after a failure";
+        solver.add(1, [&](kyMutex& mutex, kyWaitCondition&) { ended = isHeldOnce(mutex) ? -1 : -2; });
         solver.solve();
         EXPECT_EQ(ended, -1) << "solver and pool go on as before";
     }
@@ -217,16 +207,15 @@ TEST_P(SolverOn, SurvivesFaultsOnEveryThread)
     for (int round = 0; round < 4; ++round)
     {
         int begun = 0;
+        const auto crash = [&](kyMutex& mutex, kyWaitCondition&)
+        {
+            ++begun;
+            if (round % 2 == 0)
+                mutex.unlock();
+            ky::test::commit(ky::test::FaultKind::NullWrite);
+        };
         Solver solver;
-        for (int i = 0; i < 20; ++i)
-            solver.add(
-                [&](kyMutex& mutex, kyWaitCondition&)
-                {
-                    ++begun;
-                    if (round % 2 == 0)
-                        mutex.unlock();
-                    ky::test::commit(ky::test::FaultKind::NullWrite);
-                });
+        solver.add(20, crash);
         EXPECT_THROW(solver.solve(), std::runtime_error);
         EXPECT_GE(begun, 1);
         EXPECT_THROW(
@@ -272,14 +261,13 @@ TEST_P(SolverOn, MayBeUsedByTasks)
         ++executed;
         if (depth == 0)
             return;
+        const auto goOn = [&](kyMutex& mutex, kyWaitCondition&)
+        {
+            const ConcurrentPool::Unlocked unlocked(mutex);
+            descend(depth - 1);
+        };
         Solver solver;
-        for (int i = 0; i < 4; ++i)
-            solver.add(
-                [&](kyMutex& mutex, kyWaitCondition&)
-                {
-                    const ConcurrentPool::Unlocked unlocked(mutex);
-                    descend(depth - 1);
-                });
+        solver.add(4, goOn);
         solver.solve();
     };
     descend(5);
@@ -292,32 +280,25 @@ TEST(ConcurrentPool, ABatchDoesNotWaitForOthers)
     ConcurrentPool pool(2);
     std::atomic<bool> isInside{false};
     std::atomic<bool> release{false};
-    std::thread other(
-        [&]
-        {
-            Solver solver;
-            for (int i = 0; i < 2; ++i)
-                solver.add(
-                    [&](kyMutex& mutex, kyWaitCondition&)
-                    {
-                        const ConcurrentPool::Unlocked unlocked(mutex);
-                        isInside = true;
-                        EXPECT_TRUE(eventually([&] { return release.load(); }));
-                    });
-            solver.solve(pool);
-        });
+    const auto stay = [&](kyMutex& mutex, kyWaitCondition&)
+    {
+        const ConcurrentPool::Unlocked unlocked(mutex);
+        isInside = true;
+        EXPECT_TRUE(eventually([&] { return release.load(); }));
+    };
+    Solver blocker;
+    blocker.add(2, stay);
+    const Threads other(1, [&](int) { blocker.solve(pool); });
     EXPECT_TRUE(eventually([&] { return isInside.load(); }));
     for (int round = 0; round < 100; ++round)
     {
         int executed = 0;
         Solver solver;
-        for (int i = 0; i < 3; ++i)
-            solver.add([&](kyMutex&, kyWaitCondition&) { ++executed; });
+        solver.add(3, [&](kyMutex&, kyWaitCondition&) { ++executed; });
         solver.solve(pool);
         EXPECT_EQ(executed, 3);
     }
     release = true;
-    other.join();
 }
 
 TEST(ConcurrentPool, EndsIdleOrBusyAndAtOnce)
@@ -329,8 +310,7 @@ TEST(ConcurrentPool, EndsIdleOrBusyAndAtOnce)
             continue;
         int executed = 0;
         Solver solver;
-        for (int i = 0; i < 6; ++i)
-            solver.add([&](kyMutex&, kyWaitCondition&) { ++executed; });
+        solver.add(6, [&](kyMutex&, kyWaitCondition&) { ++executed; });
         solver.solve(pool);
         EXPECT_EQ(executed, 6);
     }
@@ -341,28 +321,25 @@ TEST(ConcurrentPool, OfTheProcessMayEndWhileBatchesRun)
 {
     std::atomic<bool> stop{false};
     std::atomic<int> batches{0};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 3; ++i)
-        threads.emplace_back(
-            [&]
+    const auto solve = [&](int)
+    {
+        while (!stop)
+        {
+            std::atomic<int> executed{0};
+            const auto work = [&](kyMutex& mutex, kyWaitCondition&)
             {
-                while (!stop)
-                {
-                    std::atomic<int> executed{0};
-                    Solver solver;
-                    for (int task = 0; task < 5; ++task)
-                        solver.add(
-                            [&](kyMutex& mutex, kyWaitCondition&)
-                            {
-                                const ConcurrentPool::Unlocked unlocked(mutex);
-                                ++executed;
-                            });
-                    solver.solve();
-                    EXPECT_EQ(executed, 5);
-                    ++batches;
-                    std::this_thread::yield();
-                }
-            });
+                const ConcurrentPool::Unlocked unlocked(mutex);
+                ++executed;
+            };
+            Solver solver;
+            solver.add(5, work);
+            solver.solve();
+            EXPECT_EQ(executed, 5);
+            ++batches;
+            std::this_thread::yield();
+        }
+    };
+    const Threads threads(3, solve);
     for (int round = 0; round < 40; ++round)
     {
         const PoolOf pool(3);
@@ -370,8 +347,6 @@ TEST(ConcurrentPool, OfTheProcessMayEndWhileBatchesRun)
         EXPECT_TRUE(eventually([&] { return batches > before + 2; }));
     }
     stop = true;
-    for (std::thread& thread : threads)
-        thread.join();
 }
 
 } // namespace
