@@ -70,6 +70,14 @@ private:
     std::deque<FunctionTask> mOwned;
 };
 
+/// Executes `function` so often as tasks on the pool.
+void solveOn(ConcurrentPool& pool, int count, const FunctionTask::Function& function)
+{
+    Solver solver;
+    solver.add(count, function);
+    solver.solve(pool);
+}
+
 class SolverOn : public testing::TestWithParam<unsigned>
 {
 protected:
@@ -78,14 +86,10 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Workers, SolverOn, testing::ValuesIn(ky::test::workerCounts),
                          testing::PrintToStringParamName());
 
-TEST(ConcurrentPool, HasAtLeastOneWorker)
+TEST(ConcurrentPool, HasAtLeastOneWorkerAndIsThereWhileItIsWanted)
 {
     for (const unsigned asked : {0U, 1U, 5U})
         EXPECT_EQ(ConcurrentPool(asked).getWorkerCount(), std::max(1U, asked));
-}
-
-TEST(ConcurrentPool, OfTheProcessIsBoundedAndThereWhileItIsWanted)
-{
     {
         const PoolOf pool(2);
         ASSERT_NE(ky::concurrent::GetConcurrentPool(), nullptr);
@@ -114,9 +118,7 @@ TEST(ConcurrentPool, BringsAllWorkersToWorkAgainAndAgain)
                 while (present <= workers && missed == 0)
                     missed += condition.wait(&mutex, wakeLimitMs) ? 0 : 1;
             };
-            Solver solver;
-            solver.add(static_cast<int>(workers) + 1, meet);
-            solver.solve(pool);
+            solveOn(pool, static_cast<int>(workers) + 1, meet);
             wrong += missed;
         }
         ky::test::account("worker pool", {rounds, "batches that need every worker"}, {}, {wrong, "wakes"});
@@ -286,16 +288,12 @@ TEST(ConcurrentPool, ABatchDoesNotWaitForOthers)
         isInside = true;
         EXPECT_TRUE(eventually([&] { return release.load(); }));
     };
-    Solver blocker;
-    blocker.add(2, stay);
-    const Threads other(1, [&](int) { blocker.solve(pool); });
+    const Threads other(1, [&](int) { solveOn(pool, 2, stay); });
     EXPECT_TRUE(eventually([&] { return isInside.load(); }));
     for (int round = 0; round < 100; ++round)
     {
         int executed = 0;
-        Solver solver;
-        solver.add(3, [&](kyMutex&, kyWaitCondition&) { ++executed; });
-        solver.solve(pool);
+        solveOn(pool, 3, [&](kyMutex&, kyWaitCondition&) { ++executed; });
         EXPECT_EQ(executed, 3);
     }
     release = true;
@@ -309,9 +307,7 @@ TEST(ConcurrentPool, EndsIdleOrBusyAndAtOnce)
         if (round % 2 == 0)
             continue;
         int executed = 0;
-        Solver solver;
-        solver.add(6, [&](kyMutex&, kyWaitCondition&) { ++executed; });
-        solver.solve(pool);
+        solveOn(pool, 6, [&](kyMutex&, kyWaitCondition&) { ++executed; });
         EXPECT_EQ(executed, 6);
     }
 }

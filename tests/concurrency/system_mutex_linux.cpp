@@ -53,6 +53,12 @@ pid_t forked(const std::function<int()>& body)
     return child;
 }
 
+[[noreturn]] int pauseForEver()
+{
+    for (;;)
+        ::pause();
+}
+
 int exitCode(pid_t child)
 {
     int status = 0;
@@ -154,16 +160,15 @@ TEST(Fork, AMutexOfTheForkingThreadStaysItsOwn)
     ky::kyMutex mutex;
     mutex.lock();
     mutex.lock();
-    const pid_t child = forked(
-        [&]
-        {
-            if (!mutex.tryLock())
-                return 1;
-            for (int level = 0; level < 3; ++level)
-                mutex.unlock();
-            return mutex.tryLock() ? 0 : 2;
-        });
-    EXPECT_EQ(exitCode(child), 0);
+    const auto use = [&]
+    {
+        if (!mutex.tryLock())
+            return 1;
+        for (int level = 0; level < 3; ++level)
+            mutex.unlock();
+        return mutex.tryLock() ? 0 : 2;
+    };
+    EXPECT_EQ(exitCode(forked(use)), 0);
     mutex.unlock();
     mutex.unlock();
 }
@@ -173,14 +178,14 @@ TEST(Fork, ANamedMutexIsNotInherited)
     const std::string name = unique("inherited");
     kyMutexSystem mutex(name.c_str());
     mutex.lock();
-    const pid_t child = forked(
-        [&]
-        {
-            mutex.unlock(); // not the child's
-            mutex.lock();
-            mutex.unlock();
-            return 0;
-        });
+    const auto use = [&]
+    {
+        mutex.unlock(); // not the child's
+        mutex.lock();
+        mutex.unlock();
+        return 0;
+    };
+    const pid_t child = forked(use);
     std::this_thread::sleep_for(30ms);
     EXPECT_FALSE(hasEnded(child));
     EXPECT_EQ(ChildProcess("mutex_pass", {unique("other")}).wait(), 0);
@@ -194,23 +199,14 @@ TEST(Fork, AKilledOwnersChildDoesNotKeepTheMutex)
     const std::string name = unique("child");
     int ready[2];
     ASSERT_EQ(::pipe(ready), 0);
-    const pid_t owner = forked(
-        [&]
-        {
-            kyMutexSystem mutex(name.c_str());
-            mutex.lock();
-            const pid_t survivor = forked(
-                []
-                {
-                    for (;;)
-                        ::pause();
-                    return 0;
-                });
-            if (::write(ready[1], &survivor, sizeof survivor) != sizeof survivor)
-                return 1;
-            for (;;)
-                ::pause();
-        });
+    const auto own = [&]
+    {
+        kyMutexSystem mutex(name.c_str());
+        mutex.lock();
+        const pid_t survivor = forked(&pauseForEver);
+        return ::write(ready[1], &survivor, sizeof survivor) == sizeof survivor ? pauseForEver() : 1;
+    };
+    const pid_t owner = forked(own);
     pid_t survivor = 0;
     ASSERT_EQ(::read(ready[0], &survivor, sizeof survivor), static_cast<ssize_t>(sizeof survivor));
     ::kill(owner, SIGKILL);
@@ -235,6 +231,7 @@ TEST(Fork, NeverFindsALockThatNobodyWillGiveBack)
         own.lock();
         own.unlock();
         common.unlock();
+        return 0;
     };
     const auto goOn = [&](int thread)
     {
@@ -245,15 +242,7 @@ TEST(Fork, NeverFindsALockThatNobodyWillGiveBack)
     const int forks = ky::test::isSoak() ? 1000 : 50;
     int stuck = 0;
     for (int round = 0; round < forks; ++round)
-    {
-        const pid_t child = forked(
-            [&]
-            {
-                lockBoth("child");
-                return 0;
-            });
-        stuck += exitCode(child) != 0;
-    }
+        stuck += exitCode(forked([&] { return lockBoth("child"); })) != 0;
     stop = true;
     ky::test::account("fork", {forks, "children that lock"}, {forks, "forks while 3 threads lock"},
                       {stuck, "children stuck"});

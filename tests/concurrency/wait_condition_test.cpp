@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "concurrency/event_pair_native.h"
 #include "concurrency/full_library.h"
 #include "concurrency/threads.h"
 #include "concurrency/wait_condition_private.h"
@@ -23,6 +24,7 @@ namespace
 {
 
 using namespace std::chrono_literals;
+using namespace ky::impl::native;
 using ky::kyMutex;
 using ky::kyMutexLocker;
 using ky::kySemaphore;
@@ -66,6 +68,38 @@ TEST(FindBestImplementation, ChangesTheWaitConditionsMadeAfterwards)
     ky::impl::setWaitConditionFactory(&ky::impl::makeEventWaitCondition);
     kyWaitCondition::FindBestImplementation();
     EXPECT_EQ(ky::impl::waitConditionFactory(), &ky::impl::makeVistaWaitCondition);
+}
+
+TEST(EventPair, OneReleasesOnceAndAllUntilReset)
+{
+    const Owned<EventPair> events(createEventPair());
+    EXPECT_EQ(waitEither(*events, 0), Woken::TimedOut);
+    EXPECT_EQ(waitEither(*events, 1), Woken::TimedOut);
+    signalOne(*events);
+    signalOne(*events);
+    signalAll(*events);
+    EXPECT_EQ(waitEither(*events, 0), Woken::ByOne) << "wake-one goes first";
+    EXPECT_EQ(waitEither(*events, 0), Woken::ByAll);
+    EXPECT_EQ(waitEither(*events, noTimeLimit), Woken::ByAll);
+    resetAll(*events);
+    EXPECT_EQ(waitEither(*events, 0), Woken::TimedOut);
+    signalOne(*events);
+    resetAll(*events);
+    EXPECT_EQ(waitEither(*events, 0), Woken::ByOne) << "a reset concerns wake-all only";
+}
+
+TEST(EventPair, SignalsReachWaitingThreads)
+{
+    const Owned<EventPair> events(createEventPair());
+    for (const Woken expected : {Woken::ByOne, Woken::ByAll, Woken::ByOne})
+    {
+        Woken woken = Woken::Failed;
+        Threads waiting(1, [&](int) { woken = waitEither(*events, noTimeLimit); });
+        expected == Woken::ByOne ? signalOne(*events) : signalAll(*events);
+        waiting.join();
+        resetAll(*events);
+        EXPECT_EQ(woken, expected);
+    }
 }
 
 TEST_P(WaitCondition, ATimeoutIsFalseAndTheMutexHeldAgain)
