@@ -162,6 +162,10 @@ TEST(MainDisk, IsFoundBelowPartitionsAndVolumes)
          mount("0:31", "btrfs /dev/mapper/root"),
          {{"/dev/mapper/root", "/dev/dm-3"}, {"/sys/class/block/dm-3", virt + "dm-3"}},
          "/dev/dm-3"},
+        {"number that is not listed",
+         mount("8:99", "ext4 /dev/sda1"),
+         {{"/sys/class/block/sda1", pci + "sda/sda1"}},
+         "/dev/sda"},
         {"name with a separator", mount("104:1", "ext4 /dev/root"), block("104:1", virt + "cciss!c0d0"),
          "/dev/cciss/c0d0"},
         {"loop of layers", mount("254:0", "ext4 x"), with(loop, block("254:0", virt + "dm-0")), "/dev/dm-0"},
@@ -175,8 +179,8 @@ TEST(MainDisk, IsFoundBelowPartitionsAndVolumes)
 
 TEST(PowerSupply, AddsUpWhatTheSuppliesTell)
 {
-    // Words "supply/file=content", the last one of a file counts.
-    const std::string battery = "BAT0/type=Battery BAT0/status=Discharging BAT0/capacity=41";
+    // "supply/file=content", the last one of a file counts.
+    const std::string battery = "BAT0/type=Battery,BAT0/status=Discharging,BAT0/capacity=41";
     const struct
     {
         const char* what;
@@ -184,28 +188,31 @@ TEST(PowerSupply, AddsUpWhatTheSuppliesTell)
         const char* told;
     } rows[] = {
         {"none", "", "unknown -1"},
-        {"desktop with an adapter", "AC/type=Mains AC/online=1", "mains -1"},
+        {"desktop with an adapter", "AC/type=Mains,AC/online=1", "mains -1"},
         {"discharging", battery, "battery 41 present"},
-        {"unplugged", battery + " BAT0/status=Unknown AC/type=Mains AC/online=0", "battery 41 present"},
-        {"weak charger", battery + " AC/type=USB AC/online=1", "mains 41 present"},
-        {"charging", battery + " BAT0/status=Charging", "mains 41 present charging"},
-        {"full", battery + " BAT0/status=Full BAT0/capacity=104", "mains 100 present"},
-        {"mouse", "hid/type=Battery hid/scope=Device hid/capacity=12", "unknown -1"},
-        {"empty bay", battery + " BAT0/present=0", "unknown -1"},
+        {"unplugged", battery + ",BAT0/status=Unknown,AC/type=Mains,AC/online=0", "battery 41 present"},
+        {"weak charger", battery + ",AC/type=USB,AC/online=1", "mains 41 present"},
+        {"charging", battery + ",BAT0/status=Charging", "mains 41 present charging"},
+        {"not charging", battery + ",BAT0/status=Not charging", "mains 41 present"},
+        {"full", battery + ",BAT0/status=Full,BAT0/capacity=104", "mains 100 present"},
+        {"mouse", "hid/type=Battery,hid/scope=Device,hid/capacity=12", "unknown -1"},
+        {"empty bay", battery + ",BAT0/present=0", "unknown -1"},
         {"a large and a small one",
-         battery + " BAT0/energy_now=9000000 BAT0/energy_full=10000000 BAT1/type=Battery BAT1/energy_now=0 "
+         battery + ",BAT0/energy_now=9000000,BAT0/energy_full=10000000,BAT1/type=Battery,BAT1/energy_now=0,"
                    "BAT1/energy_full=80000000",
          "battery 10 present"},
-        {"a second one in per cent only", battery + " BAT1/type=Battery BAT1/capacity=60", "battery 51 present"},
-        {"charge only", "B/type=Battery B/charge_now=2400 B/charge_full=3200 B/energy_full=7", "unknown 75 present"},
-        {"garbage", "B/type=Battery B/capacity=-5 B/charge_now=9 B/charge_full=0 C/type=\xff C/online=x D/online=1",
+        {"a second one in per cent only", battery + ",BAT1/type=Battery,BAT1/capacity=60", "battery 51 present"},
+        {"charge only", "B/type=Battery,B/charge_now=2400,B/charge_full=3200,B/energy_full=7", "unknown 75 present"},
+        {"garbage",
+         "B/type=Battery,B/capacity=-5,B/charge_now=9,B/charge_full=0,E/type=UPS,E/energy_now=1,E/"
+         "energy_full=1000000000000001,C/type=\xff,C/online=x,D/online=1",
          "unknown -1 present"},
     };
     for (const auto& row : rows)
     {
         FakeTree fake;
         std::istringstream words(row.files);
-        for (std::string word; words >> word;)
+        for (std::string word; std::getline(words, word, ',');)
             fake.files["/sys/class/power_supply/" + word.substr(0, word.find('='))] =
                 word.substr(word.find('=') + 1) + "\n";
         const PowerStatus status = powerFromSupplies(fake.tree());
