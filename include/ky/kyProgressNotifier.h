@@ -23,6 +23,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <limits>
 #include <list>
 #include <vector>
 
@@ -189,7 +190,7 @@ protected:
 
 private:
     int mBarWidth;
-    int mLastPercent = -1;
+    int mLastPercent = std::numeric_limits<int>::min(); ///< nothing drawn yet
 };
 
 /// Lets several threads report to one notifier: every call is forwarded under one mutex, but for `shouldCancel()`,

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "concurrency/full_library.h"
+#include "concurrency/threads.h"
 
 #include <ky/kyMutex.h>
 
@@ -10,7 +11,6 @@
 #include <functional>
 #include <thread>
 #include <type_traits>
-#include <vector>
 
 namespace
 {
@@ -30,32 +30,21 @@ bool onAnotherThread(const std::function<bool()>& call)
     return result;
 }
 
-bool isFree(ky::kyMutex& mutex)
-{
-    return onAnotherThread(
-        [&]
-        {
-            const bool locked = mutex.tryLock();
-            if (locked)
-                mutex.unlock();
-            return locked;
-        });
-}
-
-bool isFree(ky::kyMutex2& mutex)
-{
-    return onAnotherThread(
-        [&]
-        {
-            const bool locked = mutex.tryLock(0);
-            if (locked)
-                mutex.unlock();
-            return locked;
-        });
-}
-
 bool tryLock(ky::kyMutex& mutex) { return mutex.tryLock(); }
-bool tryLock(ky::kyMutex2& mutex) { return mutex.tryLock(1000); }
+bool tryLock(ky::kyMutex2& mutex) { return mutex.tryLock(0); }
+
+template <typename Mutex>
+bool isFree(Mutex& mutex)
+{
+    return onAnotherThread(
+        [&]
+        {
+            const bool locked = tryLock(mutex);
+            if (locked)
+                mutex.unlock();
+            return locked;
+        });
+}
 
 template <typename Mutex>
 class AnyMutex : public testing::Test
@@ -85,27 +74,21 @@ TYPED_TEST(AnyMutex, KeepsManyThreadsApart)
     constexpr int rounds = 2000;
     TypeParam mutex;
     long counter = 0;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < threadCount; ++i)
+    const auto work = [&](int thread)
     {
-        threads.emplace_back(
-            [&, i]
-            {
-                for (int round = 0; round < rounds; ++round)
-                {
-                    mutex.lock();
-                    const bool nested = (round + i) % 3 == 0 && tryLock(mutex);
-                    ++counter;
-                    if ((round + i) % 97 == 0)
-                        std::this_thread::yield();
-                    if (nested)
-                        mutex.unlock();
-                    mutex.unlock();
-                }
-            });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
+        for (int round = thread; round < thread + rounds; ++round)
+        {
+            mutex.lock();
+            const bool nested = round % 3 == 0 && tryLock(mutex);
+            ++counter;
+            if (round % 97 == 0)
+                std::this_thread::yield();
+            if (nested)
+                mutex.unlock();
+            mutex.unlock();
+        }
+    };
+    ky::test::Threads(threadCount, work).join();
     EXPECT_EQ(counter, threadCount * rounds);
 }
 

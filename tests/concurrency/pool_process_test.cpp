@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "concurrency/full_library.h"
 #include "concurrency/pool_of.h"
+#include "concurrency/threads.h"
 #include "diagnostics/fork_while_logging.h"
 #include "support/child_process.h"
 
@@ -9,9 +10,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdlib>
 #include <functional>
-#include <thread>
-#include <vector>
 
 namespace
 {
@@ -42,14 +42,12 @@ TEST(PoolOfTheProcess, IsNotThereInAForkedChildWhichWorksAlone)
         GTEST_SKIP() << "no fork here";
     const ky::test::PoolOf pool(3);
     std::atomic<bool> stop{false};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 3; ++i)
-        threads.emplace_back(
-            [&]
-            {
-                while (!stop)
-                    EXPECT_EQ(sumOfIndices(), 499'500);
-            });
+    const auto useThePool = [&](int)
+    {
+        while (!stop)
+            EXPECT_EQ(sumOfIndices(), 499'500);
+    };
+    const ky::test::Threads threads(3, useThePool);
     const auto child = []
     {
         const bool isRight = ky::concurrent::GetConcurrentPool() == nullptr && sumOfIndices() == 499'500;
@@ -61,8 +59,6 @@ TEST(PoolOfTheProcess, IsNotThereInAForkedChildWhichWorksAlone)
         ASSERT_TRUE(ky::test::forkAndRun(child)) << round;
     EXPECT_EQ(sumOfIndices(), 499'500);
     stop = true;
-    for (std::thread& thread : threads)
-        thread.join();
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "concurrency/pool_of.h"
 #include "concurrency/solver_batch.h"
 #include "concurrency/sync_native.h"
+#include "concurrency/threads.h"
 #include "diagnostics/guard_faults.h"
 #include "support/child_process.h"
 #include "support/sanitizer.h"
@@ -12,12 +13,10 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <atomic>
 #include <deque>
 #include <functional>
 #include <stdexcept>
-#include <string>
 #include <thread>
 #include <vector>
 
@@ -29,6 +28,7 @@ using ky::kyMutex;
 using ky::kyWaitCondition;
 using ky::test::eventually;
 using ky::test::PoolOf;
+using ky::test::Threads;
 
 const auto* const sLibrary = testing::AddGlobalTestEnvironment(new ky::test::FullLibrary);
 
@@ -60,11 +60,23 @@ private:
 
 struct Solver : ConcurrentPool::SolverBase
 {
-    void add(FunctionTask::Function function) { addTask(&mOwned.emplace_back(std::move(function))); }
+    void add(int count, const FunctionTask::Function& function)
+    {
+        for (; count > 0; --count)
+            addTask(&mOwned.emplace_back(function));
+    }
 
 private:
     std::deque<FunctionTask> mOwned;
 };
+
+/// Executes `function` so often as tasks on the pool.
+void solveOn(ConcurrentPool& pool, int count, const FunctionTask::Function& function)
+{
+    Solver solver;
+    solver.add(count, function);
+    solver.solve(pool);
+}
 
 class SolverOn : public testing::TestWithParam<unsigned>
 {
@@ -74,14 +86,10 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Workers, SolverOn, testing::ValuesIn(ky::test::workerCounts),
                          testing::PrintToStringParamName());
 
-TEST(ConcurrentPool, HasAtLeastOneWorker)
+TEST(ConcurrentPool, HasAtLeastOneWorkerAndIsThereWhileItIsWanted)
 {
     for (const unsigned asked : {0U, 1U, 5U})
         EXPECT_EQ(ConcurrentPool(asked).getWorkerCount(), std::max(1U, asked));
-}
-
-TEST(ConcurrentPool, OfTheProcessIsBoundedAndThereWhileItIsWanted)
-{
     {
         const PoolOf pool(2);
         ASSERT_NE(ky::concurrent::GetConcurrentPool(), nullptr);
@@ -103,17 +111,14 @@ TEST(ConcurrentPool, BringsAllWorkersToWorkAgainAndAgain)
         {
             unsigned present = 0;
             int missed = 0;
-            Solver solver;
-            for (unsigned i = 0; i <= workers; ++i)
-                solver.add(
-                    [&](kyMutex& mutex, kyWaitCondition& condition)
-                    {
-                        if (++present == workers + 1)
-                            condition.wakeAll();
-                        while (present <= workers && missed == 0)
-                            missed += condition.wait(&mutex, wakeLimitMs) ? 0 : 1;
-                    });
-            solver.solve(pool);
+            const auto meet = [&](kyMutex& mutex, kyWaitCondition& condition)
+            {
+                if (++present == workers + 1)
+                    condition.wakeAll();
+                while (present <= workers && missed == 0)
+                    missed += condition.wait(&mutex, wakeLimitMs) ? 0 : 1;
+            };
+            solveOn(pool, static_cast<int>(workers) + 1, meet);
             wrong += missed;
         }
         ky::test::account("worker pool", {rounds, "batches that need every worker"}, {}, {wrong, "wakes"});
@@ -128,12 +133,12 @@ TEST_P(SolverOn, ExecutesEveryTaskOnceWithTheMutexHeld)
         int wrongly = 0;
         Solver solver;
         for (unsigned i = 0; i < count; ++i)
-            solver.add(
-                [&, i](kyMutex& mutex, kyWaitCondition&)
-                {
-                    wrongly += isHeldOnce(mutex) ? 0 : 1;
-                    ++executed[i];
-                });
+            solver.add(1,
+                       [&, i](kyMutex& mutex, kyWaitCondition&)
+                       {
+                           wrongly += isHeldOnce(mutex) ? 0 : 1;
+                           ++executed[i];
+                       });
         solver.solve();
         EXPECT_EQ(executed, std::vector<int>(count, 1));
         EXPECT_EQ(wrongly, 0);
@@ -150,18 +155,18 @@ TEST_P(SolverOn, BeginsTasksInOrderSoThatLaterOnesMayWaitForEarlierOnes)
     int missed = 0;
     Solver solver;
     for (int i = 0; i < count; ++i)
-        solver.add(
-            [&, i](kyMutex& mutex, kyWaitCondition& condition)
-            {
-                {
-                    const ConcurrentPool::Unlocked unlocked(mutex);
-                    std::this_thread::yield();
-                }
-                while (finished < i && missed == 0)
-                    missed += condition.wait(&mutex, wakeLimitMs) ? 0 : 1;
-                ++finished;
-                condition.wakeAll();
-            });
+        solver.add(1,
+                   [&, i](kyMutex& mutex, kyWaitCondition& condition)
+                   {
+                       {
+                           const ConcurrentPool::Unlocked unlocked(mutex);
+                           std::this_thread::yield();
+                       }
+                       while (finished < i && missed == 0)
+                           missed += condition.wait(&mutex, wakeLimitMs) ? 0 : 1;
+                       ++finished;
+                       condition.wakeAll();
+                   });
     solver.solve();
     EXPECT_EQ(finished, count);
     EXPECT_EQ(missed, 0);
@@ -171,39 +176,26 @@ TEST_P(SolverOn, HandsOnTheFirstExceptionWhenAllHaveEnded)
 {
     for (const bool whileReleased : {false, true})
     {
-        std::atomic<int> begun{0};
-        std::atomic<int> ended{0};
+        int begun = 0;
+        int ended = 0;
+        const auto work = [&](kyMutex& mutex, kyWaitCondition&)
+        {
+            const bool isGuilty = ++begun == 21;
+            if (isGuilty && !whileReleased)
+                throw std::out_of_range("task 20");
+            mutex.unlock();
+            if (isGuilty)
+                throw std::out_of_range("task 20");
+            std::this_thread::yield();
+            mutex.lock();
+            ++ended;
+        };
         Solver solver;
-        for (int i = 0; i < 300; ++i)
-            solver.add(
-                [&, i](kyMutex& mutex, kyWaitCondition&)
-                {
-                    ++begun;
-                    if (i == 20 && !whileReleased)
-                        throw std::runtime_error("task 20");
-                    mutex.unlock();
-                    if (i == 20)
-                        throw std::runtime_error("task 20");
-                    std::this_thread::yield();
-                    mutex.lock();
-                    ++ended;
-                });
-        std::string caught;
-        try
-        {
-            solver.solve();
-        }
-        catch (const std::runtime_error& error)
-        {
-            caught = error.what();
-        }
-        EXPECT_EQ(caught, "task 20");
+        solver.add(300, work);
+        EXPECT_THROW(solver.solve(), std::out_of_range);
         EXPECT_EQ(begun, ended + 1);
-        if (!whileReleased)
-        {
-            EXPECT_EQ(begun, 21) << "nothing is begun after a failure";
-        }
-        solver.add([&](kyMutex& mutex, kyWaitCondition&) { ended = isHeldOnce(mutex) ? -1 : -2; });
+        EXPECT_TRUE(whileReleased || begun == 21) << "nothing is begun after a failure";
+        solver.add(1, [&](kyMutex& mutex, kyWaitCondition&) { ended = isHeldOnce(mutex) ? -1 : -2; });
         solver.solve();
         EXPECT_EQ(ended, -1) << "solver and pool go on as before";
     }
@@ -217,16 +209,15 @@ TEST_P(SolverOn, SurvivesFaultsOnEveryThread)
     for (int round = 0; round < 4; ++round)
     {
         int begun = 0;
+        const auto crash = [&](kyMutex& mutex, kyWaitCondition&)
+        {
+            ++begun;
+            if (round % 2 == 0)
+                mutex.unlock();
+            ky::test::commit(ky::test::FaultKind::NullWrite);
+        };
         Solver solver;
-        for (int i = 0; i < 20; ++i)
-            solver.add(
-                [&](kyMutex& mutex, kyWaitCondition&)
-                {
-                    ++begun;
-                    if (round % 2 == 0)
-                        mutex.unlock();
-                    ky::test::commit(ky::test::FaultKind::NullWrite);
-                });
+        solver.add(20, crash);
         EXPECT_THROW(solver.solve(), std::runtime_error);
         EXPECT_GE(begun, 1);
         EXPECT_THROW(
@@ -272,14 +263,13 @@ TEST_P(SolverOn, MayBeUsedByTasks)
         ++executed;
         if (depth == 0)
             return;
+        const auto goOn = [&](kyMutex& mutex, kyWaitCondition&)
+        {
+            const ConcurrentPool::Unlocked unlocked(mutex);
+            descend(depth - 1);
+        };
         Solver solver;
-        for (int i = 0; i < 4; ++i)
-            solver.add(
-                [&](kyMutex& mutex, kyWaitCondition&)
-                {
-                    const ConcurrentPool::Unlocked unlocked(mutex);
-                    descend(depth - 1);
-                });
+        solver.add(4, goOn);
         solver.solve();
     };
     descend(5);
@@ -292,32 +282,21 @@ TEST(ConcurrentPool, ABatchDoesNotWaitForOthers)
     ConcurrentPool pool(2);
     std::atomic<bool> isInside{false};
     std::atomic<bool> release{false};
-    std::thread other(
-        [&]
-        {
-            Solver solver;
-            for (int i = 0; i < 2; ++i)
-                solver.add(
-                    [&](kyMutex& mutex, kyWaitCondition&)
-                    {
-                        const ConcurrentPool::Unlocked unlocked(mutex);
-                        isInside = true;
-                        EXPECT_TRUE(eventually([&] { return release.load(); }));
-                    });
-            solver.solve(pool);
-        });
+    const auto stay = [&](kyMutex& mutex, kyWaitCondition&)
+    {
+        const ConcurrentPool::Unlocked unlocked(mutex);
+        isInside = true;
+        EXPECT_TRUE(eventually([&] { return release.load(); }));
+    };
+    const Threads other(1, [&](int) { solveOn(pool, 2, stay); });
     EXPECT_TRUE(eventually([&] { return isInside.load(); }));
     for (int round = 0; round < 100; ++round)
     {
         int executed = 0;
-        Solver solver;
-        for (int i = 0; i < 3; ++i)
-            solver.add([&](kyMutex&, kyWaitCondition&) { ++executed; });
-        solver.solve(pool);
+        solveOn(pool, 3, [&](kyMutex&, kyWaitCondition&) { ++executed; });
         EXPECT_EQ(executed, 3);
     }
     release = true;
-    other.join();
 }
 
 TEST(ConcurrentPool, EndsIdleOrBusyAndAtOnce)
@@ -328,10 +307,7 @@ TEST(ConcurrentPool, EndsIdleOrBusyAndAtOnce)
         if (round % 2 == 0)
             continue;
         int executed = 0;
-        Solver solver;
-        for (int i = 0; i < 6; ++i)
-            solver.add([&](kyMutex&, kyWaitCondition&) { ++executed; });
-        solver.solve(pool);
+        solveOn(pool, 6, [&](kyMutex&, kyWaitCondition&) { ++executed; });
         EXPECT_EQ(executed, 6);
     }
 }
@@ -341,28 +317,25 @@ TEST(ConcurrentPool, OfTheProcessMayEndWhileBatchesRun)
 {
     std::atomic<bool> stop{false};
     std::atomic<int> batches{0};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 3; ++i)
-        threads.emplace_back(
-            [&]
+    const auto solve = [&](int)
+    {
+        while (!stop)
+        {
+            std::atomic<int> executed{0};
+            const auto work = [&](kyMutex& mutex, kyWaitCondition&)
             {
-                while (!stop)
-                {
-                    std::atomic<int> executed{0};
-                    Solver solver;
-                    for (int task = 0; task < 5; ++task)
-                        solver.add(
-                            [&](kyMutex& mutex, kyWaitCondition&)
-                            {
-                                const ConcurrentPool::Unlocked unlocked(mutex);
-                                ++executed;
-                            });
-                    solver.solve();
-                    EXPECT_EQ(executed, 5);
-                    ++batches;
-                    std::this_thread::yield();
-                }
-            });
+                const ConcurrentPool::Unlocked unlocked(mutex);
+                ++executed;
+            };
+            Solver solver;
+            solver.add(5, work);
+            solver.solve();
+            EXPECT_EQ(executed, 5);
+            ++batches;
+            std::this_thread::yield();
+        }
+    };
+    const Threads threads(3, solve);
     for (int round = 0; round < 40; ++round)
     {
         const PoolOf pool(3);
@@ -370,8 +343,6 @@ TEST(ConcurrentPool, OfTheProcessMayEndWhileBatchesRun)
         EXPECT_TRUE(eventually([&] { return batches > before + 2; }));
     }
     stop = true;
-    for (std::thread& thread : threads)
-        thread.join();
 }
 
 } // namespace

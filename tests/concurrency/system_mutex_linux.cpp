@@ -3,6 +3,7 @@
 #include "concurrency/event_pair_native.h"
 #include "concurrency/full_library.h"
 #include "concurrency/mutex_file_linux.h"
+#include "concurrency/threads.h"
 #include "platform/private_folder.h"
 #include "support/child_process.h"
 #include "support/soak.h"
@@ -23,7 +24,6 @@
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
-#include <vector>
 
 namespace
 {
@@ -31,6 +31,7 @@ namespace
 using ky::kyMutexSystem;
 using ky::test::ChildProcess;
 using ky::test::eventually;
+using ky::test::Threads;
 using namespace std::chrono_literals;
 namespace native = ky::impl::native;
 
@@ -52,6 +53,12 @@ pid_t forked(const std::function<int()>& body)
     return child;
 }
 
+[[noreturn]] int pauseForEver()
+{
+    for (;;)
+        ::pause();
+}
+
 int exitCode(pid_t child)
 {
     int status = 0;
@@ -64,46 +71,39 @@ bool hasEnded(pid_t child)
     return ::waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOHANG | WNOWAIT) == 0 && info.si_pid == child;
 }
 
-TEST(PrivateFolder, IsMadeForItsUserAlone)
+/// The error code of opening it as a private folder; 0 when it was opened.
+int refusalOf(const std::string& folder)
 {
-    const ky::test::TempDir parent;
-    const std::string path = parent.file("folder");
     int error = 0;
-    for (int round = 0; round < 2; ++round)
-    {
-        const int folder = native::openPrivateFolderAt(path, error);
-        ASSERT_NE(folder, -1) << error;
-        struct stat found;
-        ASSERT_EQ(::fstat(folder, &found), 0);
-        EXPECT_EQ(found.st_mode & 0777u, 0700u);
-        ::close(folder);
-    }
+    const int opened = native::openPrivateFolderAt(folder, error);
+    EXPECT_EQ(opened == -1, error != 0);
+    ::close(opened);
+    return error;
 }
 
-TEST(PrivateFolder, IsRefusedWhenOthersHaveAHandInIt)
+TEST(PrivateFolder, IsForItsUserAloneOrRefused)
 {
     const ky::test::TempDir parent;
-    int error = 0;
-    const std::string open = parent.file("open");
-    ::mkdir(open.c_str(), 0700);
-    ::chmod(open.c_str(), 0750);
-    EXPECT_EQ(native::openPrivateFolderAt(open, error), -1);
-    EXPECT_EQ(error, EACCES);
-    const std::string link = parent.file("link");
-    ::chmod(open.c_str(), 0700);
-    ASSERT_EQ(::symlink(open.c_str(), link.c_str()), 0);
-    EXPECT_EQ(native::openPrivateFolderAt(link, error), -1);
-    EXPECT_TRUE(error == ENOTDIR || error == ELOOP) << error;
+    const std::string folder = parent.file("folder");
+    struct stat found;
+    for (int round = 0; round < 2; ++round)
+    {
+        EXPECT_EQ(refusalOf(folder), 0);
+        ASSERT_EQ(::stat(folder.c_str(), &found), 0);
+        EXPECT_EQ(found.st_mode & 0777u, 0700u);
+    }
+    ASSERT_EQ(::symlink(folder.c_str(), parent.file("link").c_str()), 0);
+    const int linkError = refusalOf(parent.file("link"));
+    EXPECT_TRUE(linkError == ENOTDIR || linkError == ELOOP) << linkError;
     ky::test::writeFile(parent.file("file"), "");
-    EXPECT_EQ(native::openPrivateFolderAt(parent.file("file"), error), -1);
-    EXPECT_EQ(error, ENOTDIR);
-    EXPECT_EQ(native::openPrivateFolderAt(parent.file("missing/folder"), error), -1);
-    EXPECT_EQ(error, ENOENT);
+    EXPECT_EQ(refusalOf(parent.file("file")), ENOTDIR);
+    EXPECT_EQ(refusalOf(parent.file("missing/folder")), ENOENT);
+    ::chmod(folder.c_str(), 0750);
+    EXPECT_EQ(refusalOf(folder), EACCES);
     if (::geteuid() == 0)
     {
-        ASSERT_EQ(::chown(open.c_str(), 12345, 12345), 0);
-        EXPECT_EQ(native::openPrivateFolderAt(open, error), -1);
-        EXPECT_EQ(error, EPERM);
+        ASSERT_EQ(::chown(folder.c_str(), 12345, 12345), 0);
+        EXPECT_EQ(refusalOf(folder), EPERM);
     }
 }
 
@@ -116,17 +116,19 @@ TEST(MutexFile, HasTheRightsOfItsUserAndNeverFollowsALink)
     EXPECT_EQ(found.st_mode & 0777u, 0600u);
     ::unlink(fileOf(name).c_str());
 
+    const auto refusal = [&]
+    {
+        int error = 0;
+        EXPECT_EQ(native::openMutexFile(native::hashName("Global\\" + name), error), -1);
+        ::unlink(fileOf(name).c_str());
+        return error;
+    };
     const ky::test::TempDir folder;
     ASSERT_EQ(::symlink(folder.file("elsewhere").c_str(), fileOf(name).c_str()), 0);
-    int error = 0;
-    EXPECT_EQ(native::openMutexFile(native::hashName("Global\\" + name), error), -1);
-    EXPECT_EQ(error, ELOOP);
+    EXPECT_EQ(refusal(), ELOOP);
     EXPECT_FALSE(ky::test::exists(folder.file("elsewhere")));
-    ::unlink(fileOf(name).c_str());
     ASSERT_EQ(::mkfifo(fileOf(name).c_str(), 0600), 0);
-    EXPECT_EQ(native::openMutexFile(native::hashName("Global\\" + name), error), -1);
-    EXPECT_EQ(error, EACCES);
-    ::unlink(fileOf(name).c_str());
+    EXPECT_EQ(refusal(), EACCES);
 }
 
 TEST(MutexFile, ARemovedFileIsReplacedForEarlyAndLateUsers)
@@ -141,17 +143,16 @@ TEST(MutexFile, ARemovedFileIsReplacedForEarlyAndLateUsers)
     ChildProcess owner("mutex_hold", {name, folder.file("owned")});
     ASSERT_TRUE(eventually([&] { return ky::test::exists(folder.file("owned")); }));
     std::atomic<bool> entered{false};
-    std::thread waiting(
-        [&]
-        {
-            mutex.lock();
-            entered = true;
-            mutex.unlock();
-        });
+    const auto enter = [&](int)
+    {
+        mutex.lock();
+        entered = true;
+        mutex.unlock();
+    };
+    const Threads waiting(1, enter);
     std::this_thread::sleep_for(30ms);
     EXPECT_FALSE(entered);
     owner.kill();
-    waiting.join();
 }
 
 TEST(Fork, AMutexOfTheForkingThreadStaysItsOwn)
@@ -159,16 +160,15 @@ TEST(Fork, AMutexOfTheForkingThreadStaysItsOwn)
     ky::kyMutex mutex;
     mutex.lock();
     mutex.lock();
-    const pid_t child = forked(
-        [&]
-        {
-            if (!mutex.tryLock())
-                return 1;
-            for (int level = 0; level < 3; ++level)
-                mutex.unlock();
-            return mutex.tryLock() ? 0 : 2;
-        });
-    EXPECT_EQ(exitCode(child), 0);
+    const auto use = [&]
+    {
+        if (!mutex.tryLock())
+            return 1;
+        for (int level = 0; level < 3; ++level)
+            mutex.unlock();
+        return mutex.tryLock() ? 0 : 2;
+    };
+    EXPECT_EQ(exitCode(forked(use)), 0);
     mutex.unlock();
     mutex.unlock();
 }
@@ -178,14 +178,14 @@ TEST(Fork, ANamedMutexIsNotInherited)
     const std::string name = unique("inherited");
     kyMutexSystem mutex(name.c_str());
     mutex.lock();
-    const pid_t child = forked(
-        [&]
-        {
-            mutex.unlock(); // not the child's
-            mutex.lock();
-            mutex.unlock();
-            return 0;
-        });
+    const auto use = [&]
+    {
+        mutex.unlock(); // not the child's
+        mutex.lock();
+        mutex.unlock();
+        return 0;
+    };
+    const pid_t child = forked(use);
     std::this_thread::sleep_for(30ms);
     EXPECT_FALSE(hasEnded(child));
     EXPECT_EQ(ChildProcess("mutex_pass", {unique("other")}).wait(), 0);
@@ -199,23 +199,14 @@ TEST(Fork, AKilledOwnersChildDoesNotKeepTheMutex)
     const std::string name = unique("child");
     int ready[2];
     ASSERT_EQ(::pipe(ready), 0);
-    const pid_t owner = forked(
-        [&]
-        {
-            kyMutexSystem mutex(name.c_str());
-            mutex.lock();
-            const pid_t survivor = forked(
-                []
-                {
-                    for (;;)
-                        ::pause();
-                    return 0;
-                });
-            if (::write(ready[1], &survivor, sizeof survivor) != sizeof survivor)
-                return 1;
-            for (;;)
-                ::pause();
-        });
+    const auto own = [&]
+    {
+        kyMutexSystem mutex(name.c_str());
+        mutex.lock();
+        const pid_t survivor = forked(&pauseForEver);
+        return ::write(ready[1], &survivor, sizeof survivor) == sizeof survivor ? pauseForEver() : 1;
+    };
+    const pid_t owner = forked(own);
     pid_t survivor = 0;
     ASSERT_EQ(::read(ready[0], &survivor, sizeof survivor), static_cast<ssize_t>(sizeof survivor));
     ::kill(owner, SIGKILL);
@@ -232,43 +223,27 @@ TEST(Fork, NeverFindsALockThatNobodyWillGiveBack)
 {
     const std::string name = unique("busy");
     std::atomic<bool> stop{false};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 3; ++i)
+    const auto lockBoth = [&](const std::string& ownName)
     {
-        threads.emplace_back(
-            [&, i]
-            {
-                while (!stop)
-                {
-                    kyMutexSystem common(name.c_str());
-                    kyMutexSystem own((name + std::to_string(i)).c_str());
-                    common.lock();
-                    own.lock();
-                    own.unlock();
-                    common.unlock();
-                }
-            });
-    }
+        kyMutexSystem common(name.c_str());
+        kyMutexSystem own((name + ownName).c_str());
+        common.lock();
+        own.lock();
+        own.unlock();
+        common.unlock();
+        return 0;
+    };
+    const auto goOn = [&](int thread)
+    {
+        while (!stop)
+            lockBoth(std::to_string(thread));
+    };
+    const Threads threads(3, goOn);
     const int forks = ky::test::isSoak() ? 1000 : 50;
     int stuck = 0;
     for (int round = 0; round < forks; ++round)
-    {
-        const pid_t child = forked(
-            [&]
-            {
-                kyMutexSystem common(name.c_str());
-                kyMutexSystem fresh((name + "child").c_str());
-                common.lock();
-                fresh.lock();
-                fresh.unlock();
-                common.unlock();
-                return 0;
-            });
-        stuck += exitCode(child) != 0;
-    }
+        stuck += exitCode(forked([&] { return lockBoth("child"); })) != 0;
     stop = true;
-    for (std::thread& thread : threads)
-        thread.join();
     ky::test::account("fork", {forks, "children that lock"}, {forks, "forks while 3 threads lock"},
                       {stuck, "children stuck"});
 }
@@ -287,23 +262,18 @@ TEST(EventPair, ABroadcastReachesEveryWaiterWhateverFollows)
     const native::Owned<native::EventPair> events(native::createEventPair());
     std::atomic<int> released{0};
     std::atomic<std::uint32_t> ids[3] = {};
-    std::vector<std::thread> threads;
-    for (auto& id : ids)
+    const auto await = [&](int thread)
     {
-        threads.emplace_back(
-            [&]
-            {
-                id = native::currentThreadId();
-                if (native::waitEither(*events, native::noTimeLimit) == native::Woken::ByAll)
-                    ++released;
-            });
-    }
+        ids[thread] = native::currentThreadId();
+        if (native::waitEither(*events, native::noTimeLimit) == native::Woken::ByAll)
+            ++released;
+    };
+    Threads threads(3, await);
     for (auto& id : ids)
-        ASSERT_TRUE(eventually([&] { return id != 0 && isAsleep(id); }));
+        EXPECT_TRUE(eventually([&] { return id != 0 && isAsleep(id); }));
     native::signalAll(*events);
     native::resetAll(*events);
-    for (std::thread& thread : threads)
-        thread.join();
+    threads.join();
     EXPECT_EQ(released, 3);
     EXPECT_EQ(native::waitEither(*events, 0), native::Woken::TimedOut);
 }

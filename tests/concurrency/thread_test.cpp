@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "concurrency/full_library.h"
 #include "concurrency/thread_support.h"
+#include "concurrency/threads.h"
 #include "diagnostics/fork_while_logging.h"
 #include "diagnostics/guard_faults.h"
 #include "support/child_process.h"
@@ -28,61 +29,6 @@ const auto* const sLibrary = testing::AddGlobalTestEnvironment(new FullLibrary);
 
 static_assert(std::is_base_of_v<ky::kyRunnableInterface, kyThread> && std::is_abstract_v<ky::kyRunnableInterface>);
 static_assert(!std::is_constructible_v<ky::kyRunnableInterface> && !std::is_copy_constructible_v<kyThread>);
-
-TEST(Thread, AWaitThatEndsTooEarlyLeavesTheThreadRunning)
-{
-    kySemaphore gate(0);
-    Body thread([&] { gate.acquire(1); });
-    thread.startThread(nullptr);
-    EXPECT_FALSE(thread.waitThread(0));
-    EXPECT_FALSE(thread.waitThread(20));
-    EXPECT_TRUE(thread.isRunning());
-    EXPECT_FALSE(thread.isFinished());
-    gate.release(1);
-    EXPECT_TRUE(thread.waitThread(forEver));
-    EXPECT_FALSE(thread.isRunning());
-    EXPECT_TRUE(thread.isFinished());
-}
-
-TEST(Thread, StartsAgainOnlyAfterAJoin)
-{
-    std::atomic<int> runs{0};
-    Body thread([&] { ++runs; });
-    for (int round = 1; round <= 3; ++round)
-    {
-        thread.startThread("again");
-        EXPECT_TRUE(eventually([&] { return !thread.isRunning(); }));
-        EXPECT_FALSE(thread.isFinished());
-        thread.startThread("too early");
-        EXPECT_EQ(thread.getThreadName().rfind("again ", 0), 0u);
-        EXPECT_TRUE(thread.waitThread(0));
-        EXPECT_EQ(runs, round);
-    }
-}
-
-TEST(Thread, IsKnownByOneIdInsideAndOutside)
-{
-    std::string ids[3];
-    Body* self = nullptr;
-    Body thread(
-        [&]
-        {
-            ids[0] = kyThread::CurrentThreadId();
-            ids[1] = self->getThreadId();
-            ids[2] = self->getThreadName();
-        });
-    self = &thread;
-    thread.startThread("name");
-    const std::string id = thread.getThreadId();
-    const std::string& name = thread.getThreadName();
-    EXPECT_EQ(name, "name " + id);
-    EXPECT_TRUE(thread.waitThread(forEver));
-    EXPECT_EQ(ids[0], id);
-    EXPECT_EQ(ids[1], id);
-    EXPECT_EQ(ids[2], name);
-    EXPECT_NE(id, kyThread::CurrentThreadId());
-    EXPECT_EQ(id, std::to_string(std::stoul(id)));
-}
 
 TEST(Thread, HasItsNameInTheSystem)
 {
@@ -154,25 +100,21 @@ TEST(Thread, IsDestroyedRightAfterItsStart)
 TEST(Thread, ManyStartAndAskAtOnce)
 {
     std::atomic<int> wrong{0};
-    std::vector<std::unique_ptr<Body>> starters;
-    for (int i = 0; i < 8; ++i)
+    const auto start = [&](int)
     {
-        starters.push_back(std::make_unique<Body>(
-            [&]
-            {
-                for (int round = 0; round < 50; ++round)
-                {
-                    std::string own;
-                    Body inner([&] { own = kyThread::CurrentThreadId(); });
-                    inner.startThread("inner");
-                    const std::string asked = round % 2 == 0 ? inner.getThreadId() : inner.getThreadName().substr(6);
-                    inner.waitThread(round % 3 == 0 ? forEver : 1'000'000);
-                    wrong += own != asked;
-                }
-            }));
-        starters.back()->startThread("starter");
-    }
-    starters.clear();
+        for (int round = 0; round < 50; ++round)
+        {
+            std::string own;
+            Body* self = nullptr;
+            Body inner([&] { own = round % 3 == 0 ? self->getThreadId() : kyThread::CurrentThreadId(); });
+            self = &inner;
+            inner.startThread("inner");
+            const std::string asked = round % 2 == 0 ? inner.getThreadId() : inner.getThreadName().substr(6);
+            inner.waitThread(round % 3 == 0 ? forEver : 1'000'000);
+            wrong += own != asked || own == kyThread::CurrentThreadId();
+        }
+    };
+    Threads(8, start).join();
     EXPECT_EQ(wrong, 0);
 }
 
@@ -181,18 +123,13 @@ TEST(Fork, AChildCanDestroyThreadsAndLog)
     if (!canFork())
         GTEST_SKIP() << "no fork here";
     std::atomic<bool> stop{false};
-    std::vector<std::unique_ptr<Body>> loggers;
     const Silence silence;
-    for (int i = 0; i < 4; ++i)
+    const auto log = [&](int)
     {
-        loggers.push_back(std::make_unique<Body>(
-            [&]
-            {
-                while (!stop)
-                    ky::kyLogObject(ky::kyLogType::INFO, "thread", kyLog::editPtr(), nullptr) << "line";
-            }));
-        loggers.back()->startThread("logger");
-    }
+        while (!stop)
+            ky::kyLogObject(ky::kyLogType::INFO, "thread", kyLog::editPtr(), nullptr) << "line";
+    };
+    Threads loggers(4, log);
     kySemaphore gate(0);
     const int forks = isSoak() ? 1000 : 20;
     int blocked = 0;
@@ -215,7 +152,7 @@ TEST(Fork, AChildCanDestroyThreadsAndLog)
         gate.release(1);
     }
     stop = true;
-    loggers.clear();
+    loggers.join();
     account("fork", {forks, "children that end threads and log"}, {forks, "forks while 4 threads log"},
             {blocked, "children stuck"});
 }

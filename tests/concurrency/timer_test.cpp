@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include "concurrency/threads.h"
+
 #include <ky/kyHighResTimer.h>
 #include <ky/kyStamp.h>
 #include <ky/kyTimer.h>
@@ -116,30 +118,17 @@ TEST(Stamp, AreHandedOutOnceEach)
     constexpr std::size_t perThread = 5000;
     constexpr std::size_t threadCount = 16;
     ky::StampGenerator generator;
-    std::vector<std::vector<ky::Stamp>> stamps(threadCount);
-    std::vector<std::thread> threads;
-    for (std::vector<ky::Stamp>& own : stamps)
+    std::vector<ky::Stamp> all(threadCount * perThread, ky::Stamp::Invalid());
+    const auto take = [&](int thread)
     {
-        threads.emplace_back(
-            [&]
-            {
-                while (own.size() < perThread)
-                    own.push_back(generator.generateStamp());
-            });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
-    std::vector<unsigned long long> all;
-    for (const std::vector<ky::Stamp>& own : stamps)
-    {
-        EXPECT_TRUE(std::is_sorted(own.begin(), own.end()));
-        for (const ky::Stamp stamp : own)
-            all.push_back(stamp.getValue());
-    }
+        ky::Stamp* const own = all.data() + static_cast<std::size_t>(thread) * perThread;
+        std::generate_n(own, perThread, [&] { return generator.generateStamp(); });
+        EXPECT_TRUE(std::is_sorted(own, own + perThread));
+    };
+    ky::test::Threads(threadCount, take).join();
     std::sort(all.begin(), all.end());
     for (std::size_t i = 0; i < all.size(); ++i)
-        ASSERT_EQ(all[i], i + 1);
-    EXPECT_EQ(all.size(), threadCount * perThread);
+        ASSERT_EQ(all[i].getValue(), i + 1);
 }
 
 } // namespace

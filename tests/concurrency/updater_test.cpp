@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "concurrency/full_library.h"
 #include "concurrency/thread_support.h"
+#include "concurrency/threads.h"
 #include "support/child_process.h"
 
 #include <ky/kyMutex.h>
@@ -10,10 +11,9 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <memory>
 #include <string>
 #include <thread>
-#include <vector>
+#include <utility>
 
 namespace
 {
@@ -63,20 +63,6 @@ void count(void* counter) { ++*static_cast<std::atomic<int>*>(counter); }
 #define EXPECT_CALLS(expected)                                                                                         \
     EXPECT_TRUE(eventually([&] { return record.calls() == (expected); })) << record.calls() << " is not " << (expected)
 
-TEST(Updater, CallsAllInOrderAtOnceWhenOneIsRegistered)
-{
-    Record record;
-    Updater updater(anHour);
-    EXPECT_TRUE(updater.isRunning());
-    EXPECT_EQ(updater.getThreadName(), "ky::kyThreadPeriodicalUpdater " + updater.getThreadId());
-    updater.addCallback(&Record::call, &record.b);
-    EXPECT_CALLS("b");
-    updater.addCallback(&Record::call, &record.a);
-    EXPECT_CALLS("bba");
-    updater.addCallback(&Record::call, &record.c);
-    EXPECT_CALLS("bbabac");
-}
-
 TEST(Updater, TheFirstRoundIsNotLostWhileTheThreadStarts)
 {
     for (int round = 0; round < (isSoak() ? 10'000 : 200); ++round)
@@ -88,10 +74,12 @@ TEST(Updater, TheFirstRoundIsNotLostWhileTheThreadStarts)
     }
 }
 
-TEST(Updater, KeepsDuplicatesAndRemovesTheFirstOfThem)
+TEST(Updater, BeginsARoundWithEachNewOneKeepsDuplicatesAndRemovesTheFirstOfThem)
 {
     Record record;
     Updater updater(anHour);
+    EXPECT_TRUE(updater.isRunning());
+    EXPECT_EQ(updater.getThreadName(), "ky::kyThreadPeriodicalUpdater " + updater.getThreadId());
     updater.addCallback(&Record::call, &record.a);
     EXPECT_CALLS("a");
     updater.addCallback(&Record::call, &record.b);
@@ -138,19 +126,29 @@ struct Change
 {
     Updater* updater;
     Record* record;
-    std::vector<Record::Caller*> removed;
-    std::vector<Record::Caller*> added;
+    std::string removed;
+    std::string added;
     bool removesItself;
 
     static void call(void* change)
     {
         auto& own = *static_cast<Change*>(change);
-        for (Record::Caller* const caller : std::exchange(own.removed, {}))
-            own.updater->removeCallback(&Record::call, caller);
-        for (Record::Caller* const caller : std::exchange(own.added, {}))
-            own.updater->addCallback(&Record::call, caller);
+        const auto callerOf = [&own](char letter) { return letter == 'a' ? &own.record->a : &own.record->b; };
+        for (const char letter : std::exchange(own.removed, {}))
+            own.updater->removeCallback(&Record::call, callerOf(letter));
+        for (const char letter : std::exchange(own.added, {}))
+            own.updater->addCallback(&Record::call, callerOf(letter));
         if (own.removesItself)
             own.updater->removeCallback(&Change::call, &own);
+    }
+
+    /// Registers the change and b within a round, so that the same round comes to both.
+    static void begin(void* change)
+    {
+        auto& own = *static_cast<Change*>(change);
+        own.updater->removeCallback(&Change::begin, change);
+        own.updater->addCallback(&Change::call, change);
+        own.updater->addCallback(&Record::call, &own.record->b);
     }
 };
 
@@ -170,30 +168,10 @@ TEST(Updater, CallbacksMayChangeTheList)
     {
         Record record;
         Updater updater(anHour);
-        Change change{&updater, &record, {}, {}, removesItself};
-        const auto callersOf = [&](const std::string& letters)
-        {
-            std::vector<Record::Caller*> callers;
-            for (const char letter : letters)
-                callers.push_back(letter == 'a' ? &record.a : &record.b);
-            return callers;
-        };
-        change.removed = callersOf(removed);
-        change.added = callersOf(added);
+        Change change{&updater, &record, removed, added, removesItself};
         updater.addCallback(&Record::call, &record.a);
         EXPECT_CALLS("a");
-        // Within a round, so that the same round comes to both.
-        struct Both
-        {
-            static void call(void* change)
-            {
-                auto& own = *static_cast<Change*>(change);
-                own.updater->removeCallback(&Both::call, change);
-                own.updater->addCallback(&Change::call, change);
-                own.updater->addCallback(&Record::call, &own.record->b);
-            }
-        };
-        updater.addCallback(&Both::call, &change);
+        updater.addCallback(&Change::begin, &change);
         const std::string first = "a" + round; // Clang 14 captures no structured binding
         EXPECT_CALLS(first);
         updater.addCallback(&Record::call, &record.c);
@@ -217,27 +195,21 @@ TEST(Updater, ARemovedCallbackIsNotRunning)
     };
     const int rounds = isSoak() ? 20'000 : 500;
     Updater updater(anHour);
-    std::vector<std::unique_ptr<Body>> threads;
     std::atomic<int> late{0};
-    for (int i = 0; i < 4; ++i)
+    const auto change = [&](int)
     {
-        threads.push_back(std::make_unique<Body>(
-            [&]
-            {
-                for (int round = 0; round < rounds; ++round)
-                {
-                    Guarded own;
-                    updater.addCallback(&Guarded::call, &own);
-                    if (round % 4 == 0)
-                        std::this_thread::yield();
-                    updater.removeCallback(&Guarded::call, &own);
-                    own.isRegistered = false;
-                    late += own.wasCalledLate;
-                }
-            }));
-        threads.back()->startThread("changer");
-    }
-    threads.clear();
+        for (int round = 0; round < rounds; ++round)
+        {
+            Guarded own;
+            updater.addCallback(&Guarded::call, &own);
+            if (round % 4 == 0)
+                std::this_thread::yield();
+            updater.removeCallback(&Guarded::call, &own);
+            own.isRegistered = false;
+            late += own.wasCalledLate;
+        }
+    };
+    Threads(4, change).join();
     account("periodical updater", {4 * rounds, "callbacks added and removed"}, {},
             {late.load(), "calls after a removal"});
 }

@@ -168,33 +168,4 @@ TEST_F(EventSteps, WakesSignalOnlyWhenSomebodyWaits)
     EXPECT_EQ(during, "reset one all ");
 }
 
-TEST_F(EventSteps, TheCallersLockIsLeftWhileWaiting)
-{
-    const Owned<RecursiveLock> section(createRecursiveLock());
-    const auto isFree = [&]
-    {
-        bool free = false;
-        std::thread(
-            [&]
-            {
-                free = tryEnter(*section);
-                if (free)
-                    leave(*section);
-            })
-            .join();
-        return free;
-    };
-    bool freeMeanwhile = false;
-    sOnWait = [&]
-    {
-        freeMeanwhile = isFree();
-        return Woken::TimedOut;
-    };
-    const Inside inside(*section);
-    condition.wait(*section, 0xFFFFFFFF);
-    EXPECT_TRUE(freeMeanwhile);
-    EXPECT_FALSE(isFree());
-    EXPECT_EQ(calls(), "wait4294967295 ");
-}
-
 } // namespace

@@ -80,10 +80,11 @@ TEST(ConsoleView, DrawsStrangeProgressAsComputed)
     constexpr double infinity = std::numeric_limits<double>::infinity();
     EXPECT_EQ(drawn(0, {0.5}), (Lines{"\r[] 50/100  "}));
     EXPECT_EQ(drawn(-4, {0.5}), (Lines{"\r[] 50/100  "}));
+    EXPECT_EQ(drawn(4, {-0.001}), (Lines{"\r[     ] -1/100  "})) << "the first change draws";
     EXPECT_EQ(drawn(4, {-1.0, -0.001}), (Lines{"\r[        ] -100/100  ", "\r[     ] -1/100  "}));
     EXPECT_EQ(drawn(4, {std::numeric_limits<double>::quiet_NaN()}), (Lines{"\r[    ] 0/100  "}));
-    const Lines lowest = {"\r[" + std::string(65536, ' ') + "] -2147483648/100  "};
-    EXPECT_EQ(drawn(4, {-infinity, -1e300, -1e30}), lowest);
+    const Lines lowest = {"\r[    ] 1/100  ", "\r[" + std::string(65536, ' ') + "] -2147483648/100  "};
+    EXPECT_EQ(drawn(4, {0.01, -infinity, -1e300, -1e30}), lowest);
 
     Screen screen;
     ky::kyProgressNotifierConsoleView view(nullptr, 4);

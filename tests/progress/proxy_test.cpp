@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "concurrency/full_library.h"
+#include "concurrency/threads.h"
 #include "progress/recording_notifier.h"
 #include "support/soak.h"
 
@@ -10,7 +11,6 @@
 #include <future>
 #include <memory>
 #include <stdexcept>
-#include <thread>
 
 namespace
 {
@@ -19,17 +19,9 @@ const auto* const sLibrary = testing::AddGlobalTestEnvironment(new ky::test::Ful
 
 using Proxy = ky::kyProgressNotifierThreadSafeProxy;
 using ky::test::RecordingNotifier;
+using ky::test::Threads;
 
 constexpr int threadCount = 16;
-
-void onManyThreads(const std::function<void(int)>& body)
-{
-    std::vector<std::thread> threads;
-    for (int i = 0; i < threadCount; ++i)
-        threads.emplace_back(body, i);
-    for (std::thread& thread : threads)
-        thread.join();
-}
 
 TEST(Proxy, ManyThreadsReachExactlyOne)
 {
@@ -41,18 +33,18 @@ TEST(Proxy, ManyThreadsReachExactlyOne)
         std::atomic<bool> seen{false};
         proxy.beginStepGroupWeights({1.0, 3.0}, 1.0, nullptr);
         proxy.changeCurrentStep(threadCount * updates, 1);
-        onManyThreads(
-            [&](int thread)
+        const auto update = [&](int thread)
+        {
+            for (int i = 0; i < updates; ++i)
             {
-                for (int i = 0; i < updates; ++i)
-                {
-                    proxy.incrementCurrentStepProgress(1.0);
-                    if (cancelled && thread == 0 && i == updates / 2)
-                        proxy.cancelJob();
-                    if (proxy.shouldCancel())
-                        seen = true;
-                }
-            });
+                proxy.incrementCurrentStepProgress(1.0);
+                if (cancelled && thread == 0 && i == updates / 2)
+                    proxy.cancelJob();
+                if (proxy.shouldCancel())
+                    seen = true;
+            }
+        };
+        Threads(threadCount, update).join();
         EXPECT_EQ(seen, cancelled);
         EXPECT_EQ(proxy.getGlobalProgress(), 1.0F);
         const std::vector<float> values = target.take();
@@ -69,26 +61,26 @@ TEST(Proxy, ThreadsMayNestGroupsAndCancelWhileOthersAsk)
     ky::kyProgressNotifier parent;
     RecordingNotifier target(nullptr, &parent);
     Proxy proxy(&target);
-    onManyThreads(
-        [&](int thread)
+    const auto use = [&](int thread)
+    {
+        double progress = 0.0;
+        double max = 1.0;
+        for (int i = 0; i < 200; ++i)
         {
-            double progress = 0.0;
-            double max = 1.0;
-            for (int i = 0; i < 200; ++i)
-            {
-                ky::kyProgressNotifierGroupCloser closer;
-                proxy.beginStepGroup(1 + i % 4, 2.0, &closer);
-                proxy.changeCurrentStep(2.0, static_cast<std::size_t>(i % 3));
-                proxy.setCurrentStepMaxProgress(3.0);
-                proxy.setCurrentStepProgress(1.5);
-                proxy.getCurrentStepProgress(progress, max);
-                proxy.setInternalCancelFlag(i % 2 == 0);
-                (thread % 2 == 0 ? parent : target).setInternalCancelFlag(i % 3 == 0); // past the mutex
-                static_cast<void>(proxy.shouldCancel());
-                if (thread == 0 && i % 50 == 49)
-                    proxy.resetNotifier();
-            }
-        });
+            ky::kyProgressNotifierGroupCloser closer;
+            proxy.beginStepGroup(1 + i % 4, 2.0, &closer);
+            proxy.changeCurrentStep(2.0, static_cast<std::size_t>(i % 3));
+            proxy.setCurrentStepMaxProgress(3.0);
+            proxy.setCurrentStepProgress(1.5);
+            proxy.getCurrentStepProgress(progress, max);
+            proxy.setInternalCancelFlag(i % 2 == 0);
+            (thread % 2 == 0 ? parent : target).setInternalCancelFlag(i % 3 == 0); // past the mutex
+            static_cast<void>(proxy.shouldCancel());
+            if (thread == 0 && i % 50 == 49)
+                proxy.resetNotifier();
+        }
+    };
+    Threads(threadCount, use).join();
     proxy.resetNotifier();
     proxy.endStepGroup();
     EXPECT_EQ(proxy.getGlobalProgress(), 1.0F);
@@ -107,12 +99,12 @@ TEST(Proxy, RunsTheHookAloneAndAnswersShouldCancelMeanwhile)
         std::async(std::launch::async, [&] { return proxy.shouldCancel(); }).get(); // hangs if it takes the mutex
         --inside;
     };
-    onManyThreads(
-        [&](int)
-        {
-            for (int i = 0; i < 20; ++i)
-                proxy.incrementCurrentStepProgress(0.001);
-        });
+    const auto update = [&](int)
+    {
+        for (int i = 0; i < 20; ++i)
+            proxy.incrementCurrentStepProgress(0.001);
+    };
+    Threads(threadCount, update).join();
     EXPECT_EQ(together, 0);
 }
 

@@ -45,10 +45,9 @@ TEST(CpuInfo, ReadsRecordedProcessors)
             const auto& kept = leaf < 0x80000000U ? info.getStandardLeaves() : info.getExtendedLeaves();
             ASSERT_GT(kept.size(), leaf & 0x7fffffffU) << std::hex << leaf;
             const CPUInfo::Registers& same = kept[leaf & 0x7fffffffU];
-            EXPECT_EQ(same.eax, registers.eax) << std::hex << leaf;
-            EXPECT_EQ(same.ebx, registers.ebx) << std::hex << leaf;
-            EXPECT_EQ(same.ecx, registers.ecx) << std::hex << leaf;
-            EXPECT_EQ(same.edx, registers.edx) << std::hex << leaf;
+            EXPECT_TRUE(same.eax == registers.eax && same.ebx == registers.ebx && same.ecx == registers.ecx &&
+                        same.edx == registers.edx)
+                << std::hex << leaf;
         }
         EXPECT_EQ(info.getStandardLeaves().size(), processor.leaves.at(0).eax + 1);
         EXPECT_EQ(info.getExtendedLeaves().size(), processor.leaves.at(0x80000000U).eax - 0x80000000U + 1);
@@ -134,14 +133,8 @@ TEST(CpuInfo, BoundsWhatANonsensicalProcessorAnnounces)
 
 void expectBlank(const CPUInfo& info)
 {
-    ky::kyVariant::kyVariantMapImpl map = info.toVariantMap();
-    EXPECT_EQ(map.size(), 6u);
-    EXPECT_EQ(map["vendor"], ky::kyVariant(""));
-    EXPECT_EQ(map["brand"], ky::kyVariant(""));
-    EXPECT_TRUE(map["instructionsets"].getList().empty());
-    EXPECT_TRUE(map["disabledinstructionsets"].getList().empty());
-    EXPECT_EQ(map["ishypervisor"], ky::kyVariant(false));
-    EXPECT_EQ(map["ishyperthreaded"], ky::kyVariant(false));
+    EXPECT_EQ(info.toVariantMap().toString(), "(brand=),(disabledinstructionsets=),(instructionsets=),"
+                                              "(ishyperthreaded=false),(ishypervisor=false),(vendor=)");
     EXPECT_TRUE(info.getStandardLeaves().empty() && info.getExtendedLeaves().empty());
     EXPECT_FALSE(info.isIntel() || info.isAMD() || info.isRunningOnVirtualMachine() || info.isHyperThreaded());
 }
@@ -160,28 +153,21 @@ TEST(CpuInfo, IsExportedAsAMap)
 {
     RecordedProcessor processor = recordedProcessor("guest on Zen 5");
     processor.extendedControl = 3;
-    auto map = CpuInfoBuilder::describe(queryOf(processor)).toVariantMap();
-    EXPECT_EQ(map["vendor"].getString(), "AuthenticAMD");
-    EXPECT_EQ(map["brand"].getString(), "AMD EPYC");
-    EXPECT_EQ(map["instructionsets"].getList().toString(" "),
-              "BMI1 BMI2 RDRAND POPCNT RDSEED ABM LZCNT MMX SSE SSE2 SSE3 SSSE3 SSE4.1 SSE4.2 SSE4a F16C AES SHA");
-    EXPECT_EQ(map["disabledinstructionsets"].getList().toString(" "), "AVX AVX2 FMA3 AVX512F AVX512CD");
-    EXPECT_EQ(map["ishypervisor"], ky::kyVariant(true));
-    EXPECT_EQ(map["ishyperthreaded"], ky::kyVariant(true));
+    EXPECT_EQ(CpuInfoBuilder::describe(queryOf(processor)).toVariantMap().toString(),
+              "(brand=AMD EPYC),(disabledinstructionsets=AVX AVX2 FMA3 AVX512F AVX512CD),(instructionsets=BMI1 BMI2 "
+              "RDRAND POPCNT RDSEED ABM LZCNT MMX SSE SSE2 SSE3 SSSE3 SSE4.1 SSE4.2 SSE4a F16C AES SHA),"
+              "(ishyperthreaded=true),(ishypervisor=true),(vendor=AuthenticAMD)");
 }
 
 TEST(CpuInfo, NamesTheSetsByTheirNumbers)
 {
-    const char* const names[] = {"Unknown", "BMI1",    "BMI2",     "ABM",      "TBM",      "POPCNT", "LZCNT",
-                                 "RDRAND",  "RDSEED",  "MMX",      "SSE",      "SSE2",     "SSE3",   "SSSE3",
-                                 "SSE4.1",  "SSE4.2",  "SSE4a",    "XOP",      "F16C",     "AVX",    "AVX2",
-                                 "FMA3",    "AVX512F", "AVX512PF", "AVX512ER", "AVX512CD", "AES",    "SHA"};
-    for (std::uint32_t i = 0; i < 28; ++i)
-        EXPECT_EQ(CPUInfo::InstructionSetToString(static_cast<Set>(i)), names[i]);
-    EXPECT_EQ(CPUInfo::InstructionSetToString(static_cast<Set>(28)), "Unkown enum");
+    std::vector<Set> all;
+    for (std::uint32_t i = 0; i <= 28; ++i)
+        all.push_back(static_cast<Set>(i));
+    EXPECT_EQ(namesOf(all), "Unknown BMI1 BMI2 ABM TBM POPCNT LZCNT RDRAND RDSEED MMX SSE SSE2 SSE3 SSSE3 SSE4.1 "
+                            "SSE4.2 SSE4a XOP F16C AVX AVX2 FMA3 AVX512F AVX512PF AVX512ER AVX512CD AES SHA "
+                            "Unkown enum");
     EXPECT_EQ(CPUInfo::InstructionSetToString(static_cast<Set>(0xffffffff)), "Unkown enum");
-    EXPECT_EQ(static_cast<int>(Set::SSE42), 15);
-    EXPECT_EQ(static_cast<int>(Set::SHA), 27);
 }
 
 TEST(CpuInfo, DescribesThisProcessor)

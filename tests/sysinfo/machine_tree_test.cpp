@@ -116,6 +116,8 @@ TEST(MachineTree, AdaptersOfAllKindsHaveAName)
         {{{"/sys/class/drm/card0/device/uevent", "PCI_ID=zz:1\nDRIVER=\xff\n"}}, "Unknown display adapter"},
         {{{"/sys/class/drm/card0/device/uevent", "PCI_ID=10000:1\n"}}, "Unknown display adapter"},
         {{{"/sys/class/drm/card0/dev", "226:0"}}, "Unknown display adapter"},
+        {{{"/sys/class/drm/card0/device/uevent", "DRIVER=../x\n"}, {"/sys/module/../x/version", "1"}},
+         "../x display adapter"},
         // No graphics driver at all: the bus knows the device.
         {{{"/sys/bus/pci/devices/0000:00:01.0/class", "0x060000\n"},
           {"/sys/bus/pci/devices/0000:00:02.0/class", "0x030000\n"},
@@ -130,6 +132,9 @@ TEST(MachineTree, AdaptersOfAllKindsHaveAName)
         ASSERT_EQ(cards.size(), 1u) << row.description;
         EXPECT_EQ(cards[0].info.description, row.description);
         EXPECT_EQ(cards[0].info.dedicatedVideoMemory, 0u);
+        const auto map = collect(fake);
+        EXPECT_EQ(map.getValuePath("videocontroller/1/caption"), kyVariant(row.description));
+        EXPECT_EQ(map.getValuePath("videocontroller/1/driverversion"), kyVariant("")) << "not from outside its folder";
     }
 }
 

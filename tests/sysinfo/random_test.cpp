@@ -1,16 +1,18 @@
 // SPDX-License-Identifier: MIT
+#include "concurrency/threads.h"
+
 #include <ky/kySystemUtils.h>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <atomic>
-#include <thread>
 
 namespace
 {
 
 using ky::kySystemUtils;
+using ky::test::Threads;
 
 constexpr std::size_t draws = 20000;
 
@@ -43,11 +45,7 @@ TEST(Rand, GivesThirtyOneEvenBits)
 TEST(Rand, HasASequenceOfItsOwnInEveryThread)
 {
     std::vector<std::vector<int>> sequences(8);
-    std::vector<std::thread> threads;
-    for (std::vector<int>& sequence : sequences)
-        threads.emplace_back([&sequence] { sequence = drawn(); });
-    for (std::thread& thread : threads)
-        thread.join();
+    Threads(8, [&](int thread) { sequences[static_cast<std::size_t>(thread)] = drawn(); }).join();
     std::vector<int> all;
     for (const std::vector<int>& sequence : sequences)
         all.insert(all.end(), sequence.begin(), sequence.end());
@@ -63,11 +61,7 @@ TEST(Rand, TakesAnotherGenerator)
 {
     sCalls = 0;
     EXPECT_EQ(kySystemUtils::SetRandGenerator(&counting), nullptr);
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i)
-        threads.emplace_back([] { EXPECT_GT(kySystemUtils::Rand(), 0); });
-    for (std::thread& thread : threads)
-        thread.join();
+    Threads(4, [](int) { EXPECT_GT(kySystemUtils::Rand(), 0); }).join();
     EXPECT_EQ(kySystemUtils::Rand(), 5);
     EXPECT_EQ(kySystemUtils::SetRandGenerator(&minusOne), &counting);
     EXPECT_EQ(kySystemUtils::Rand(), -1);

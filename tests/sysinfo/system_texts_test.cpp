@@ -9,6 +9,9 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+#include <utility>
+
 namespace
 {
 
@@ -176,35 +179,21 @@ WindowsFacts windows(std::uint32_t major, std::uint32_t minor, std::uint32_t bui
 TEST(OsText, WindowsEditions)
 {
     const std::string ten = "10 / Server 2016 Technical Preview";
-    const struct
-    {
-        WindowsFacts facts;
-        std::string edition;
-    } rows[] = {
-        {windows(5, 2, 1), "XP 64-Bit Edition"},
-        {windows(5, 2, 1, true), "Server 2003 / Server 2003 R2"},
-        {windows(6, 0, 1), "Vista"},
-        {windows(6, 0, 1, true), "Server 2008"},
-        {windows(6, 1, 1), "7"},
-        {windows(6, 1, 1, true), "Server 2008 R2"},
-        {windows(6, 2, 1), "8"},
-        {windows(6, 2, 1, true), "Server 2012"},
-        {windows(6, 3, 1), "8.1 / Server 2012 R2"},
-        {windows(6, 3, 1, true), "8.1 / Server 2012 R2"},
-        {windows(10, 0, 19045), ten},
-        {windows(10, 0, 22000), ten + " or above"},
-        {windows(10, 1, 1), ten + " or above"},
-        {windows(11, 0, 1, true), ten + " or above"},
-        {windows(6, 4, 1), "Unknown Windows version"},
-        {windows(0, 0, 0), "Unknown Windows version"},
+    const std::pair<WindowsFacts, std::string> rows[] = {
+        {windows(5, 2, 7), "XP 64-Bit Edition (v5.2.7"},
+        {windows(5, 2, 7, true), "Server 2003 / Server 2003 R2 (v5.2.7"},
+        {windows(5, 1, 7, true), "Unknown Windows version (v5.1.7"},
+        {windows(6, 1, 7, true), "Server 2008 R2 (v6.1.7"},
+        {windows(6, 3, 7, true), "8.1 / Server 2012 R2 (v6.3.7"},
+        {windows(10, 0, 19045), ten + " (v10.0.19045"},
+        {windows(10, 0, 22000), ten + " or above (v10.0.22000"},
+        {windows(10, 1, 7), ten + " or above (v10.1.7"},
+        {windows(11, 0, 7, true), ten + " or above (v11.0.7"},
+        {windows(6, 4, 7), "Unknown Windows version (v6.4.7"},
+        {windows(0, 0, 0), "Unknown Windows version (v0.0.0"},
     };
-    for (const auto& row : rows)
-    {
-        const std::string version = std::to_string(row.facts.major) + "." + std::to_string(row.facts.minor) + "." +
-                                    std::to_string(row.facts.build);
-        EXPECT_EQ(describeOs(row.facts),
-                  "Windows " + row.edition + " (v" + version + " SP0.0, kernel32 v10.0.19041.1)");
-    }
+    for (const auto& [facts, text] : rows)
+        EXPECT_EQ(describeOs(facts), "Windows " + text + " SP0.0, kernel32 v10.0.19041.1)");
 }
 
 TEST(OsText, TheRegistryCorrectsALimitedVersion)
@@ -291,15 +280,16 @@ TEST(Management, AsksExactlyAndTypesTheAnswers)
 
 TEST(Management, FailureTexts)
 {
-    EXPECT_EQ(managementFailureText(ManagementStep::InitializeCom, 0x80010106),
-              "Failed to initialize COM library. Error code = 0x80010106");
-    EXPECT_EQ(managementFailureText(ManagementStep::InitializeSecurity, 1),
-              "Failed to initialize security. Error code = 0x1");
-    EXPECT_EQ(managementFailureText(ManagementStep::CreateLocator, 0x8007000e),
-              "Failed to create IWbemLocator object. Err code = 0x8007000e");
-    EXPECT_EQ(managementFailureText(ManagementStep::Connect, 0), "Could not connect. Error code = 0x0");
-    EXPECT_EQ(managementFailureText(ManagementStep::SetBlanket, 0xabc),
-              "Could not set proxy blanket. Error code = 0xabc");
+    using Step = ManagementStep;
+    const std::tuple<Step, std::uint32_t, const char*> rows[] = {
+        {Step::InitializeCom, 0x80010106, "Failed to initialize COM library. Error code = 0x80010106"},
+        {Step::InitializeSecurity, 1, "Failed to initialize security. Error code = 0x1"},
+        {Step::CreateLocator, 0x8007000e, "Failed to create IWbemLocator object. Err code = 0x8007000e"},
+        {Step::Connect, 0, "Could not connect. Error code = 0x0"},
+        {Step::SetBlanket, 0xabc, "Could not set proxy blanket. Error code = 0xabc"},
+    };
+    for (const auto& [step, code, text] : rows)
+        EXPECT_EQ(managementFailureText(step, code), text);
 }
 
 } // namespace
