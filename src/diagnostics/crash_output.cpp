@@ -46,7 +46,7 @@ struct Memory
 {
     std::atomic<std::uint32_t> user{0}; ///< id of the thread
     Line line;
-    std::string* forHandler = nullptr; ///< large enough for any message; made with the first handler
+    std::string* forHandler = nullptr; ///< large enough for any message; made before the first handler is known
 };
 
 /// Nothing of this may be made in a crash.
@@ -100,7 +100,7 @@ void appendToFile(std::string_view markedLine) noexcept
 void callHandler(Memory& memory, std::string_view message) noexcept
 {
     const kyLog::CustomHandler handler = sHandler.load();
-    if (handler == nullptr || memory.forHandler == nullptr)
+    if (handler == nullptr)
         return;
     try
     {
