@@ -9,7 +9,6 @@
 #include <array>
 #include <bit>
 #include <cfloat>
-#include <cstring>
 
 namespace ky::impl
 {
