@@ -257,32 +257,31 @@ public:
     ///     Null: the message goes to `systemLogSource` alone or, when that is null as well, to standard output.
     /// @param systemLogSource when not null, the message also goes to the system's event log under this name. Copied.
     kyLogObject(kyLogType type, const char* qualifier, kyLog* log, const char* systemLogSource) noexcept
-        : mLogger(log),
-          mType(type)
     {
+        // The other members of an object that is switched off are never read, and not worth setting.
         if (log != nullptr && !log->admits(type, qualifier))
         {
-            mLogger = nullptr;
             mType = impl::switchedOff;
+            return;
         }
-        else if (qualifier != nullptr || systemLogSource != nullptr)
-        {
+        mQualifier = nullptr;
+        mSystemLogSource = nullptr;
+        mLogger = log;
+        mText = nullptr;
+        mType = type;
+        if (qualifier != nullptr || systemLogSource != nullptr)
             keepNames(qualifier, systemLogSource);
-        }
     }
 
     /// Takes the message over; the source is left switched off.
-    kyLogObject(kyLogObject&& other) noexcept
-        : mQualifier(other.mQualifier),
-          mSystemLogSource(other.mSystemLogSource),
-          mLogger(other.mLogger),
-          mText(other.mText),
-          mType(other.mType)
+    kyLogObject(kyLogObject&& other) noexcept : mType(other.mType)
     {
-        other.mQualifier = nullptr;
-        other.mSystemLogSource = nullptr;
-        other.mLogger = nullptr;
-        other.mText = nullptr;
+        if (!isOn())
+            return;
+        mQualifier = other.mQualifier;
+        mSystemLogSource = other.mSystemLogSource;
+        mLogger = other.mLogger;
+        mText = other.mText;
         other.mType = impl::switchedOff;
     }
 
@@ -388,10 +387,10 @@ private:
     impl::LogText* text() noexcept;
     void deliver() noexcept;
 
-    std::string* mQualifier = nullptr;
-    std::string* mSystemLogSource = nullptr;
+    std::string* mQualifier;
+    std::string* mSystemLogSource;
     kyLog* mLogger;
-    impl::LogText* mText = nullptr;
+    impl::LogText* mText;
     kyLogType mType;
 };
 

@@ -2,10 +2,12 @@
 #include "text/natural_compare.h"
 
 #include "platform/compiler.h"
+#include "text/byte_lanes.h"
+#include "text/character_class.h"
 
 #include <algorithm>
+#include <bit>
 #include <compare>
-#include <cstring>
 
 namespace ky::impl
 {
@@ -48,24 +50,15 @@ int compareSequences(const Sequence& a, const Sequence& b)
     return std::is_lt(order) ? -1 : std::is_gt(order) ? 1 : 0;
 }
 
-template <typename Word>
-std::uint64_t wordAt(const char* at)
-{
-    Word word = 0;
-    std::memcpy(&word, at, sizeof(word));
-    return word;
-}
-
 /// Whether all bytes lie between 1 and 127.
 bool isPlainAscii(std::string_view text)
 {
-    constexpr std::uint64_t low = 0x0101010101010101U;
-    constexpr std::uint64_t high = low << 7;
-    const auto marksOf = [](std::uint64_t word) { return word | (word - low); };
+    constexpr std::uint64_t high = inEveryByte(0x80);
+    const auto marksOf = [](std::uint64_t word) { return word | (word - inEveryByte(1)); };
     const char* at = text.data();
     const char* const end = at + text.size();
     std::uint64_t marks = 0;
-    if (text.size() >= 8)
+    if (text.size() > 8)
     {
         for (; end - at > 8; at += 8)
             marks |= marksOf(wordAt<std::uint64_t>(at));
@@ -77,6 +70,31 @@ bool isPlainAscii(std::string_view text)
         for (; at != end; ++at)
             marks |= *at > 0 ? 0U : high;
     return (marks & high) == 0;
+}
+
+std::uint64_t withSmallLetters(std::uint64_t word) { return word | bytesBetween(word, 'A', 'Z') >> 2; }
+
+/// How many ASCII characters two texts share at their start, as far as whole words tell, but for digits at the end:
+/// those belong to a number that may go on.
+std::size_t sharedStart(std::string_view a, std::string_view b, bool caseSensitive)
+{
+    const std::size_t shorter = std::min(a.size(), b.size());
+    std::size_t shared = 0;
+    for (bool same = std::endian::native == std::endian::little; same && shorter - shared >= 8;)
+    {
+        std::uint64_t left = wordAt<std::uint64_t>(a.data() + shared);
+        std::uint64_t right = wordAt<std::uint64_t>(b.data() + shared);
+        if (!caseSensitive)
+        {
+            left = withSmallLetters(left);
+            right = withSmallLetters(right);
+        }
+        same = left == right;
+        shared += same ? 8 : static_cast<std::size_t>(std::countr_zero(left ^ right)) / 8;
+    }
+    while (shared != 0 && isDigit(a[shared - 1]))
+        --shared;
+    return shared;
 }
 
 constexpr std::uint64_t digitFlag = 0x80;
@@ -197,7 +215,7 @@ NaturalOrder::AsciiTable NaturalOrder::tableFor(bool caseSensitive) const
     {
         const auto character = static_cast<wchar_t>(i);
         const wchar_t folded = caseSensitive ? character : mCollation.lower(character);
-        if (folded <= 0 || folded >= static_cast<wchar_t>(asciiCount) || isDigit(folded) != isDigit(character))
+        if (folded != (caseSensitive ? character : static_cast<wchar_t>(lowerByte(static_cast<char>(i)))))
         {
             table.usable = false;
             return table;
@@ -248,10 +266,11 @@ bool NaturalOrder::compareAscii(std::string_view a, std::string_view b, bool cas
     if (KY_UNLIKELY(!table.usable || !isPlainAscii(a) || !isPlainAscii(b)))
         return false;
     const auto entryOf = [&table](const char* at) { return table.entries[static_cast<unsigned char>(*at)]; };
-    const char* left = a.data();
-    const char* right = b.data();
-    const char* const endLeft = left + a.size();
-    const char* const endRight = right + b.size();
+    const std::size_t shared = sharedStart(a, b, caseSensitive);
+    const char* left = a.data() + shared;
+    const char* right = b.data() + shared;
+    const char* const endLeft = a.data() + a.size();
+    const char* const endRight = b.data() + b.size();
     bool same = true;
     while (left != endLeft && right != endRight)
     {

@@ -2,11 +2,8 @@
 #include "text/number_parse.h"
 
 #include <array>
-#include <bit>
-#include <cfloat>
 #include <charconv>
 #include <cmath>
-#include <cstring>
 #include <limits>
 
 namespace ky::impl
@@ -304,82 +301,6 @@ bool parseWholeReal(std::string_view text, double& value) noexcept
     if (whole)
         value = negative ? -magnitude : magnitude;
     return whole;
-}
-
-namespace
-{
-
-/// Takes eight decimal digits at once into `number`, if there are so many; pairs, fours and eights are summed side by
-/// side in one word.
-bool takeEightDigits(const char*& at, const char* end, std::int64_t& number) noexcept
-{
-    if (std::endian::native != std::endian::little || end - at < 8)
-        return false;
-    std::uint64_t word = 0;
-    std::memcpy(&word, at, 8);
-    constexpr std::uint64_t zeros = 0x3030303030303030;
-    constexpr std::uint64_t highHalves = 0xF0F0F0F0F0F0F0F0;
-    // A byte is a digit when its high half is 3, and still is with 6 added.
-    if ((word & highHalves) != zeros || ((word + 0x0606060606060606) & highHalves) != zeros)
-        return false;
-    word -= zeros;
-    word = word * 10 + (word >> 8);
-    constexpr std::uint64_t pairs = 0x000000FF000000FF;
-    const std::uint64_t upper = (word & pairs) * (100 + (std::uint64_t{1'000'000} << 32));
-    const std::uint64_t lower = ((word >> 16) & pairs) * (1 + (std::uint64_t{10'000} << 32));
-    number = number * 100'000'000 + static_cast<std::int64_t>((upper + lower) >> 32);
-    at += 8;
-    return true;
-}
-
-/// Takes all decimal digits; the caller sees to it that they fit.
-void takeDigits(const char*& at, const char* end, std::int64_t& number) noexcept
-{
-    while (takeEightDigits(at, end, number))
-    {
-    }
-    for (; at != end && isDigit(*at); ++at)
-        number = number * 10 + (*at - '0');
-}
-
-} // namespace
-
-NumberForm parsePlainNumber(std::string_view text, std::int64_t& integer, double& real) noexcept
-{
-    // Exact doubles: one division of two of them is rounded once, as the number itself would be.
-    static constexpr std::array<double, 16> powers = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                                      1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
-    constexpr std::size_t mostCharacters = powers.size() + 1; // 15 digits, sign, separator
-    if (text.empty())
-        return NumberForm::Unclear;
-    const char first = text.front();
-    if ((first >= 'a' && first != 'i' && first != 'n') ||
-        (first >= 'A' && first <= 'Z' && first != 'I' && first != 'N'))
-        return NumberForm::Text;
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    const bool negative = first == '-';
-    at += negative ? 1 : 0;
-    // A leading 0 may stand for octal or hexadecimal digits.
-    if (text.size() > mostCharacters || at == end || !isDigit(*at) ||
-        (*at == '0' && end - at > 1 && at[1] != '.' && at[1] != ','))
-        return NumberForm::Unclear;
-    std::int64_t digits = 0;
-    takeDigits(at, end, digits);
-    if (at == end)
-    {
-        integer = negative ? -digits : digits;
-        return NumberForm::Integer;
-    }
-    if ((*at != '.' && *at != ',') || FLT_EVAL_METHOD != 0)
-        return NumberForm::Unclear;
-    const char* const fraction = ++at;
-    takeDigits(at, end, digits);
-    if (at != end || digits > std::int64_t{1} << DBL_MANT_DIG)
-        return NumberForm::Unclear;
-    const double magnitude = static_cast<double>(digits) / powers[static_cast<std::size_t>(end - fraction)];
-    real = negative ? -magnitude : magnitude;
-    return NumberForm::Real;
 }
 
 } // namespace ky::impl

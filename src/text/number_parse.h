@@ -20,15 +20,4 @@ bool parseWholeIntegerExactly(std::string_view text, std::int64_t& value) noexce
 /// or "nan(...)". Too large is infinite, too small is 0. The empty text is 0. False as above.
 bool parseWholeReal(std::string_view text, double& value) noexcept;
 
-enum class NumberForm
-{
-    Text,    ///< neither function would read it, also with '.' for ','
-    Integer, ///< parseWholeInteger() would read this value
-    Real,    ///< only parseWholeReal() would read this value, with '.' for ','
-    Unclear  ///< has to be tried
-};
-
-/// Reads what most texts are at one go: other words than numbers, and decimal numbers of few digits.
-NumberForm parsePlainNumber(std::string_view text, std::int64_t& integer, double& real) noexcept;
-
 } // namespace ky::impl

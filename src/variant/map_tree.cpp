@@ -4,18 +4,37 @@
 #include "platform/compiler.h"
 #include "variant/block_pool.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace ky::impl
 {
 
+namespace
+{
+
+constexpr std::size_t prefixSize = 8;
+
+/// Four bytes as a big-endian number; compilers make one load of it.
+std::uint64_t fourBytes(const char* at) noexcept
+{
+    const auto byte = [at](int i) { return std::uint32_t{static_cast<unsigned char>(at[i])}; };
+    return byte(0) << 24 | byte(1) << 16 | byte(2) << 8 | byte(3);
+}
+
+} // namespace
+
 std::uint64_t MapTree::prefixOf(std::string_view key) noexcept
 {
-    unsigned char bytes[8] = {};
-    std::memcpy(bytes, key.data(), key.size() < 8 ? key.size() : 8);
+    const char* const at = key.data();
+    const std::size_t size = key.size();
+    if (size >= prefixSize)
+        return fourBytes(at) << 32 | fourBytes(at + 4);
+    if (size >= 4) // two halves that overlap as the size demands
+        return fourBytes(at) << 32 | fourBytes(at + size - 4) << (8 * (prefixSize - size));
     std::uint64_t prefix = 0;
-    for (const unsigned char byte : bytes)
-        prefix = prefix << 8 | byte;
+    for (std::size_t i = 0; i < size; ++i)
+        prefix |= std::uint64_t{static_cast<unsigned char>(at[i])} << (56 - 8 * i);
     return prefix;
 }
 
@@ -23,7 +42,14 @@ int MapTree::compare(std::string_view key, std::uint64_t prefix, const Node& nod
 {
     if (KY_LIKELY(prefix != node.prefix))
         return prefix < node.prefix ? -1 : 1;
-    return key.compare(node.entry.first);
+    // As far as both texts go, their first bytes are the same.
+    const std::string_view other = node.entry.first;
+    const std::size_t common = std::min(key.size(), other.size());
+    const int rest =
+        common > prefixSize ? std::memcmp(key.data() + prefixSize, other.data() + prefixSize, common - prefixSize) : 0;
+    if (rest != 0 || key.size() == other.size())
+        return rest;
+    return key.size() < other.size() ? -1 : 1;
 }
 
 MapTree::Links* MapTree::previous(Links* links) noexcept

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The to... conversions and the typing of text.
+#include "platform/compiler.h"
 #include "text/number_parse.h"
+#include "text/plain_number.h"
 #include "variant/variant_access.h"
 
 #include <algorithm>
@@ -44,6 +46,18 @@ bool parseRealWithComma(std::string_view text, double& value)
     }
     std::replace_copy(text.begin(), text.end(), copy, ',', '.');
     return impl::parseWholeReal(std::string_view(copy, text.size()), value);
+}
+
+/// Apart from what most texts take, which needs next to no stack.
+KY_NOINLINE kyVariant buildByTrying(std::string_view text)
+{
+    std::int64_t integer = 0;
+    double real = 0.0;
+    if (impl::parseWholeInteger(text, integer))
+        return kyVariant(integer);
+    if (parseRealWithComma(text, real))
+        return kyVariant(real);
+    return kyVariant(text);
 }
 
 } // namespace
@@ -127,20 +141,14 @@ kyVariant::kyVariantMapImpl kyVariant::toMap() const
 
 kyVariant kyVariant::BuildFromString(std::string_view text)
 {
-    std::int64_t integer = 0;
-    double real = 0.0;
-    switch (impl::parsePlainNumber(text, integer, real))
+    const impl::PlainNumber plain = impl::parsePlainNumber(text);
+    switch (plain.form)
     {
-    case impl::NumberForm::Text: return kyVariant(text);
-    case impl::NumberForm::Integer: return kyVariant(integer);
-    case impl::NumberForm::Real: return kyVariant(real);
-    case impl::NumberForm::Unclear: break;
+    case impl::PlainNumber::Form::Text: return kyVariant(text);
+    case impl::PlainNumber::Form::Integer: return kyVariant(plain.integer);
+    case impl::PlainNumber::Form::Real: return kyVariant(plain.real);
+    default: return buildByTrying(text);
     }
-    if (impl::parseWholeInteger(text, integer))
-        return kyVariant(integer);
-    if (parseRealWithComma(text, real))
-        return kyVariant(real);
-    return kyVariant(text);
 }
 
 kyVariant kyVariant::BuildFromString(const std::string& text) { return BuildFromString(std::string_view(text)); }

@@ -2,6 +2,7 @@
 // Number parsing in the forms that need work of their own.
 #include "text/number_parse.h"
 #include "text/number_text.h"
+#include "text/plain_number.h"
 
 #include <gtest/gtest.h>
 
@@ -91,37 +92,45 @@ TEST(NumberParse, IntegersOfEveryLengthSurvive)
 
 TEST(NumberParse, PlainNumbersAgreeWithTheGeneralFunctions)
 {
-    using ky::impl::NumberForm;
+    using Form = ky::impl::PlainNumber::Form;
     std::mt19937_64 random(13);
     int answered = 0;
     for (int i = 0; i < 300000; ++i)
     {
         static constexpr std::string_view alphabet = "0123456789012345678901234567890123456789.,-+ xXeEinNIfaz/:";
+        static constexpr std::string_view hexadecimal = "0123456789012345678901234567890abcdefABCDEFg@`G/:";
+        static constexpr std::string_view names[] = {"inf", "INFINITY", "nan", "NaN(1)", "in", "Na", "ink", "nap"};
         std::string text(1 + random() % (i % 2 == 0 ? 5 : 19), '?');
         for (char& c : text)
             c = alphabet[random() % (i % 8 < 4 ? 41 : alphabet.size())];
-        if (i % 16 == 1)
+        if (i % 32 == 1)
+            text = names[random() % std::size(names)];
+        if (i % 4 == 2)
+        {
+            for (char& c : text)
+                c = hexadecimal[random() % (i % 8 == 2 ? 43 : hexadecimal.size())];
+            text.resize(1 + random() % 16, '7');
             text.insert(0, random() % 2 == 0 ? "0x" : "-0X");
-        std::int64_t integer = 1;
+        }
         std::int64_t expectedInteger = 2;
-        double real = 1.0;
         double expectedReal = 2.0;
-        const NumberForm form = ky::impl::parsePlainNumber(text, integer, real);
-        if (form == NumberForm::Unclear)
+        const ky::impl::PlainNumber plain = ky::impl::parsePlainNumber(text);
+        if (plain.form == Form::Unclear)
             continue;
         ++answered;
-        NumberForm expected = NumberForm::Text;
+        Form expected = Form::Text;
         if (parseWholeInteger(text, expectedInteger))
-            expected = NumberForm::Integer;
+            expected = Form::Integer;
         else
         {
             std::replace(text.begin(), text.end(), ',', '.');
             if (parseWholeReal(text, expectedReal))
-                expected = NumberForm::Real;
+                expected = Form::Real;
         }
-        ASSERT_EQ(form, expected) << text;
-        ASSERT_TRUE(form != NumberForm::Integer || integer == expectedInteger) << text;
-        ASSERT_TRUE(form != NumberForm::Real || std::memcmp(&real, &expectedReal, sizeof(real)) == 0) << text;
+        ASSERT_EQ(plain.form, expected) << text;
+        ASSERT_TRUE(plain.form != Form::Integer || plain.integer == expectedInteger) << text;
+        ASSERT_TRUE(plain.form != Form::Real || std::memcmp(&plain.real, &expectedReal, sizeof expectedReal) == 0)
+            << text;
     }
     EXPECT_GT(answered, 50000);
 }
