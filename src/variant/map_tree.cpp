@@ -12,7 +12,8 @@ namespace ky::impl
 std::uint64_t MapTree::prefixOf(std::string_view key) noexcept
 {
     unsigned char bytes[8] = {};
-    std::memcpy(bytes, key.data(), key.size() < 8 ? key.size() : 8);
+    if (KY_LIKELY(!key.empty())) // an empty one may have no address
+        std::memcpy(bytes, key.data(), key.size() < 8 ? key.size() : 8);
     std::uint64_t prefix = 0;
     for (const unsigned char byte : bytes)
         prefix = prefix << 8 | byte;
