@@ -43,11 +43,12 @@ namespace ky
 ///
 /// The new text is written to a temporary file in the same folder (`ini-*.tmp`), which then takes the target's place:
 /// whenever the process is killed, the file holds its old or its new content. A link is followed; permissions are kept.
-/// Where no file can be made beside the target, it is overwritten in place.
+/// Where no file can be made beside the target or renamed over it, it is overwritten in place.
 ///
-/// False when the file cannot be written, in which case it keeps its content, and when a value has a type that cannot
-/// be stored. That is logged as a warning; the file then holds what was composed before that value. A file that should
-/// be merged but cannot be loaded is logged as "Fail to load " with its path, and `map` is written alone.
+/// False when the file cannot be written, in which case it keeps its content (unless that happens in place), and when a
+/// value has a type that cannot be stored. That is logged as a warning; the file then holds what was composed before
+/// that value. A file that should be merged but cannot be loaded is logged as "Fail to load " with its path, and `map`
+/// is written alone. Control characters in logged texts are escaped.
 KY_API bool SaveIniFile(const std::string& path, const kyVariant::kyVariantMapImpl& map,
                         bool mergeWithExisting = false);
 

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "variant/ini_text.h"
 
+#include "text/character_class.h"
 #include "text/number_parse.h"
 #include "variant/variant_access.h"
 
 #include <ky/kyStringUtils.h>
 
+#include <algorithm>
 #include <cstring>
 
 namespace ky::impl
@@ -14,13 +16,11 @@ namespace ky::impl
 namespace
 {
 
-bool isBlank(char character) { return character == ' ' || (character >= '\t' && character <= '\r'); }
-
 std::string_view trimmed(std::string_view text)
 {
-    while (!text.empty() && isBlank(text.front()))
+    while (!text.empty() && isSpace(text.front()))
         text.remove_prefix(1);
-    while (!text.empty() && isBlank(text.back()))
+    while (!text.empty() && isSpace(text.back()))
         text.remove_suffix(1);
     return text;
 }
@@ -33,15 +33,8 @@ bool isEnclosed(std::string_view text, char first, char last)
 /// `word` is lower-case ASCII.
 bool equalsIgnoringCase(std::string_view text, std::string_view word)
 {
-    if (text.size() != word.size())
-        return false;
-    for (std::size_t i = 0; i < text.size(); ++i)
-    {
-        const char character = text[i];
-        if ((character >= 'A' && character <= 'Z' ? character - 'A' + 'a' : character) != word[i])
-            return false;
-    }
-    return true;
+    return std::equal(text.begin(), text.end(), word.begin(), word.end(),
+                      [](char byte, char lower) { return lowerByte(byte) == lower; });
 }
 
 /// One replacement after the other over the whole text. This is not the inverse of escaping: a doubled backslash in

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "variant/path_pattern.h"
 
+#include "text/character_class.h"
+
 #include <limits>
 
 namespace ky::impl
@@ -25,8 +27,7 @@ PathAutomaton::Bytes bytesOfClass(char name)
     {
         const char c = static_cast<char>(i);
         const bool word = isDigit(c) || isLetter(c) || c == '_';
-        const bool space = c == ' ' || (c >= '\t' && c <= '\r');
-        out[indexOf(c)] = name == 'd' ? isDigit(c) : (name == 'w' ? word : space);
+        out[indexOf(c)] = name == 'd' ? isDigit(c) : (name == 'w' ? word : isSpace(c));
     }
     return out;
 }

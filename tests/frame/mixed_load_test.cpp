@@ -209,15 +209,7 @@ TEST(MixedLoad, LeavesTheProcessAsItWas)
     int wrong = work(dir, 0, warmUp);
     const ProcessState before = processState();
     wrong += work(dir, warmUp, rounds);
-    ProcessState after;
-    EXPECT_TRUE(eventually(
-        [&]
-        {
-            after = processState();
-            return after.threads == before.threads && after.handles == before.handles;
-        }))
-        << before << '\n'
-        << after;
+    const ProcessState after = settledState(before);
     EXPECT_LT(after.heapBytes, before.heapBytes + 100'000);
     ky::kyLog::edit().removeFileHandler();
 

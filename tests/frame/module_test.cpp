@@ -40,15 +40,7 @@ TEST(Module, UnloadedAfterTerminationLeavesNothing)
     const ky::test::ProcessState before = ky::test::processState();
     const int loads = ky::test::isSoak() ? 1000 : 200;
     loadUseAndUnload(loads);
-    ky::test::ProcessState after;
-    EXPECT_TRUE(ky::test::eventually(
-        [&]
-        {
-            after = ky::test::processState();
-            return after.threads == before.threads && after.handles == before.handles;
-        }))
-        << before << '\n'
-        << after;
+    const ky::test::ProcessState after = ky::test::settledState(before);
     // A load keeps the description of the processor, which static objects may ask for until the end.
     EXPECT_LT(after.heapBytes, before.heapBytes + static_cast<std::size_t>(loads) * 2000);
     ky::test::account("start and end", {loads, "loads and unloads"}, {},

@@ -1,11 +1,29 @@
 // SPDX-License-Identifier: MIT
 #include "support/process_state.h"
 
+#include "support/child_process.h"
+
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <ostream>
 
 namespace ky::test
 {
+
+ProcessState settledState(const ProcessState& before)
+{
+    ProcessState after;
+    EXPECT_TRUE(eventually(
+        [&]
+        {
+            after = processState();
+            return after.threads == before.threads && after.handles == before.handles;
+        }))
+        << before << '\n'
+        << after;
+    return after;
+}
 
 std::size_t leftOver(const ProcessState& before, const ProcessState& after)
 {

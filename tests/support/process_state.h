@@ -20,6 +20,10 @@ struct ProcessState
 
 ProcessState processState();
 
+/// The state once threads and handles are as they were `before`: the system may still be about to remove a thread that
+/// has been joined. Fails the test when that does not come about.
+ProcessState settledState(const ProcessState& before);
+
 /// Threads and handles that were not given back.
 std::size_t leftOver(const ProcessState& before, const ProcessState& after);
 

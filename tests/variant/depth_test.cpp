@@ -16,22 +16,18 @@ using Map = kyVariant::kyVariantMapImpl;
 
 constexpr int kDepth = 100000;
 
-/// Lists and maps in turn, with a small value beside each step.
-kyVariant deepTree(int depth, const kyVariant& innermost)
+/// Maps, every other one replaced by a list that holds a small value beside.
+kyVariant deepTree(int depth, const kyVariant& innermost, bool withLists = true)
 {
     kyVariant tree = innermost;
     for (int level = 0; level < depth; ++level)
     {
-        kyVariant above(level % 2 == 0 ? Type::Map : Type::List);
-        if (level % 2 == 0)
-        {
-            above.editMap()["k"].swap(tree);
-        }
+        const bool isList = withLists && level % 2 != 0;
+        kyVariant above(isList ? Type::List : Type::Map);
+        if (isList)
+            above.editList() << std::move(tree) << 7;
         else
-        {
-            above.editList().push_back(std::move(tree));
-            above.editList().push_back(kyVariant(7));
-        }
+            above.editMap()["k"].swap(tree);
         tree = std::move(above);
     }
     return tree;
@@ -80,16 +76,8 @@ TEST(VariantDepth, Print)
 TEST(VariantDepth, FlattenMergeAndErase)
 {
     Map tree{{"r", deepTree(kDepth, 1)}};
+    Map onlyMaps{{"r", deepTree(kDepth, 5, false)}};
     Map flat;
-    Map onlyMaps;
-    kyVariant nested(5);
-    for (int level = 0; level < kDepth; ++level)
-    {
-        kyVariant above(Type::Map);
-        above.editMap()["k"].swap(nested);
-        nested.swap(above);
-    }
-    onlyMaps["r"].swap(nested);
     onlyMaps.toFlattenMap(flat, '/');
     EXPECT_EQ(flat.size(), 1U);
     EXPECT_EQ(flat.begin()->first.size(), 1U + 2U * kDepth);

@@ -91,10 +91,7 @@ private:
         const auto following = map_.erase(position);
         const auto next = model_.erase(wanted);
         ASSERT_EQ(following == map_.end(), next == model_.end());
-        if (next != model_.end())
-        {
-            EXPECT_EQ(following->first, next->first);
-        }
+        EXPECT_TRUE(next == model_.end() || following->first == next->first);
     }
     void copy()
     {

@@ -1,40 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Every allocation of every operation fails once: nothing leaks, nothing breaks, nobody terminates.
 #include "ky/kyVariant.h"
+#include "support/failing_new.h"
 #include "variant/block_pool.h"
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <cstdlib>
 #include <functional>
 #include <new>
-
-namespace
-{
-
-std::atomic<long> allocationsLeft{-1}; // negative: no limit
-
-void* allocate(std::size_t size)
-{
-    if (allocationsLeft.load() >= 0 && allocationsLeft.fetch_sub(1) == 0)
-    {
-        allocationsLeft = 0;
-        throw std::bad_alloc();
-    }
-    if (void* const memory = std::malloc(size != 0 ? size : 1))
-        return memory;
-    throw std::bad_alloc();
-}
-
-} // namespace
-
-void* operator new(std::size_t size) { return allocate(size); }
-void* operator new[](std::size_t size) { return allocate(size); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
 
 #if KY_KEEP_BLOCKS
 // In place of the pool's own: shelves that stay empty, so that every block is an allocation that can fail.
@@ -50,6 +23,7 @@ namespace
 {
 
 using ky::kyVariant;
+using ky::test::memoryRequests;
 using Type = kyVariant::Type;
 using List = kyVariant::kyVariantListImpl;
 using Map = kyVariant::kyVariantMapImpl;
@@ -96,11 +70,12 @@ TEST(VariantMemory, EveryFailingAllocationLeavesEverythingValid)
     {
         Map undisturbed(tree);
         operation(undisturbed);
-        for (long allowed = 0;; ++allowed)
+        const long before = memoryRequests.live;
+        for (int n = 1;; ++n)
         {
             Map map(tree);
             bool failed = false;
-            allocationsLeft = allowed;
+            memoryRequests.failAt(n, true);
             try
             {
                 operation(map);
@@ -109,7 +84,7 @@ TEST(VariantMemory, EveryFailingAllocationLeavesEverythingValid)
             {
                 failed = true;
             }
-            allocationsLeft = -1;
+            memoryRequests.failNoMore();
             // Whatever is there can be read, copied and extended.
             const Map copy(map);
             EXPECT_EQ(copy, map);
@@ -122,6 +97,7 @@ TEST(VariantMemory, EveryFailingAllocationLeavesEverythingValid)
             }
             ++failures;
         }
+        EXPECT_EQ(memoryRequests.live, before) << "something leaked";
     }
     EXPECT_GT(failures, 200U);
 }
@@ -129,16 +105,16 @@ TEST(VariantMemory, EveryFailingAllocationLeavesEverythingValid)
 TEST(VariantMemory, AssignmentKeepsTheOldValueWhenMemoryRunsOut)
 {
     const kyVariant source(sampleTree());
-    for (long allowed = 0; allowed < 5; ++allowed)
+    for (int n = 1; n <= 5; ++n)
     {
         kyVariant target("a text that does not fit inline either");
-        allocationsLeft = allowed;
+        memoryRequests.failAt(n, true);
         EXPECT_THROW(target = source, std::bad_alloc);
-        allocationsLeft = -1;
+        memoryRequests.failNoMore();
         EXPECT_EQ(target, kyVariant("a text that does not fit inline either"));
-        allocationsLeft = 0;
+        memoryRequests.failAt(1, true);
         EXPECT_THROW(target.setType(Type::Map), std::bad_alloc);
-        allocationsLeft = -1;
+        memoryRequests.failNoMore();
         EXPECT_EQ(target.getType(), Type::String);
     }
 }
@@ -148,9 +124,9 @@ TEST(VariantMemory, DestroyingNeedsNoMemory)
     kyVariant tree(1);
     for (int level = 0; level < 5000; ++level)
         tree = kyVariant(level % 2 == 0 ? kyVariant(List{std::move(tree), 2}) : kyVariant(Map{{"k", std::move(tree)}}));
-    allocationsLeft = 0;
+    memoryRequests.failAt(1, true);
     tree.clear();
-    allocationsLeft = -1;
+    memoryRequests.failNoMore();
     EXPECT_TRUE(tree.isNull());
 }
 

@@ -42,9 +42,7 @@ TEST(VariantPath, FirstListElementIsEnteredOnRequest)
     EXPECT_EQ(map.getValuePath("a/b", none, '/', Map::FirstListElement), kyVariant(1));
     EXPECT_EQ(map.getValuePath("a/b", none, '/', Map::MapsOnly), none);
     for (const char* const path : {"s/b", "e/b", "a/c"})
-    {
         EXPECT_EQ(map.getValuePath(path, none, '/', Map::FirstListElement), none) << path;
-    }
     EXPECT_EQ(map.findPath("a", '/', Map::FirstListElement)->getType(), Type::List);
 }
 
@@ -137,9 +135,7 @@ TEST(VariantErase, WholePathsOnly)
     Map map = tree;
     for (const char* const malformed :
          {"a(", "a)", "(?<a>b)", "*a", "a|*", "a**{", "a{2,1}", "a{", "[b-a]", "[a", "[a-", "\\", "[[:nope:]]"})
-    {
         EXPECT_THROW(map.erasePathRegEx(malformed, false), std::regex_error) << malformed;
-    }
     EXPECT_EQ(map, tree);
 }
 
