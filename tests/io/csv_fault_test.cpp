@@ -13,18 +13,11 @@
 namespace
 {
 
-enum class Fault
-{
-    None,
-    Read, ///< an error of the system
-    Seek  ///< no positions, as in a pipe
-};
-
 struct Script
 {
     std::string bytes;
-    Fault fault = Fault::None;
-    int goodReads = 0; ///< before the fault
+    int goodReads = -1;  ///< before an error of the system; negative for no error
+    bool canSeek = true; ///< not as in a pipe
 };
 
 Script script;
@@ -37,13 +30,14 @@ public:
 protected:
     std::streamsize xsgetn(char* to, std::streamsize count) override
     {
-        if (script.fault == Fault::Read && script.goodReads-- == 0)
+        if (script.goodReads == 0)
             throw std::ios_base::failure("bad sector");
+        --script.goodReads;
         return std::stringbuf::xsgetn(to, count);
     }
     pos_type seekoff(off_type offset, std::ios_base::seekdir direction, std::ios_base::openmode mode) override
     {
-        return script.fault == Fault::Seek ? pos_type(off_type(-1)) : std::stringbuf::seekoff(offset, direction, mode);
+        return script.canSeek ? std::stringbuf::seekoff(offset, direction, mode) : pos_type(off_type(-1));
     }
 };
 
@@ -79,7 +73,7 @@ TEST(CsvFault, KeepsTheRowsBeforeAReadError)
     const TextTable all = referenceCsv(bytes).rows;
     for (int reads = 0; reads < 30; ++reads)
     {
-        script = {bytes, Fault::Read, reads};
+        script = {bytes, reads};
         const CsvResult result = readCsv("t.csv", {}, {3, reads % 2 == 0});
         EXPECT_EQ(result.error, "Failed to read the file");
         ASSERT_LT(result.rows.size(), all.size());
@@ -91,17 +85,17 @@ TEST(CsvFault, KeepsTheRowsBeforeAReadError)
 
 TEST(CsvFault, ReadsAgainOnceTheErrorIsGone)
 {
-    script = {"a\nb\n", Fault::Read, 0};
+    script = {"a\nb\n", 0};
     ky::kyCsvFileReader reader(false);
     reader.setFileName("t.csv");
     EXPECT_FALSE(reader.parseCsvFile());
     bool finished = true;
     EXPECT_FALSE(reader.parseNext(finished, false, 1));
     EXPECT_FALSE(finished);
-    script.fault = Fault::None;
+    script.goodReads = -1;
     EXPECT_TRUE(reader.parseCsvFile());
     EXPECT_EQ(reader.getTable().size(), 2U);
-    script.fault = Fault::Seek;
+    script.canSeek = false;
     EXPECT_FALSE(reader.startParsing());
     EXPECT_EQ(reader.getLastError(), "Failed to read the file");
     EXPECT_TRUE(reader.getTable().empty());

@@ -129,30 +129,4 @@ TEST(CsvWriterProperty, WhatIsWrittenIsRead)
     account("CSV writing", {files, "random files read again"}, {}, {rounds - agreed, "wrong tables"});
 }
 
-TEST(CsvWriterProperty, NumbersKeepTheirValueAndType)
-{
-    const TempDir dir;
-    std::mt19937_64 random(65);
-    std::vector<std::int64_t> integers;
-    kyCsvFileWriter writer(dir.path(), "t");
-    for (int row = 0; row < 2000; ++row)
-    {
-        integers.push_back(static_cast<std::int64_t>(random() >> (random() % 64)) * (row % 2 == 0 ? 1 : -1));
-        writer.getStream() << integers.back() << 0.001 * row << (row % 2 == 0) << endOfRow;
-    }
-    ASSERT_TRUE(writer.finish());
-    ky::kyCsvFileReader reader(true);
-    reader.setFileName(dir.file("t.csv"));
-    ASSERT_TRUE(reader.parseCsvFile());
-    ASSERT_EQ(reader.getTable().size(), integers.size());
-    for (std::size_t row = 0; row < integers.size(); ++row)
-    {
-        const auto& cells = reader.getTable()[row];
-        ASSERT_EQ(cells[0].getType(), ky::kyVariant::Type::Integer);
-        ASSERT_EQ(cells[0].toInteger(), integers[row]);
-        ASSERT_NEAR(cells[1].toReal(), 0.001 * static_cast<double>(row), 0.005) << "three digits";
-        ASSERT_EQ(cells[2].getString(), row % 2 == 0 ? "true" : "false");
-    }
-}
-
 } // namespace
