@@ -194,8 +194,8 @@ public:
     /// @}
 
     /// Walks through folders: derive from it and override what should be seen; what is not overridden lets the walk go
-    /// on. Returning false from a callback ends the walk at once: nothing else is called, and the folders still open are
-    /// not left.
+    /// on. Returning false from a callback ends the walk at once: nothing else is called, and the folders still open
+    /// are not left.
     ///
     /// Entries come in the order in which the system lists them, which is none to rely on; a folder comes before its
     /// content. Hidden and system entries are visited like others, "." and ".." never. A link to a folder is reported
