@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "sysinfo/power_supply.h"
 
+#include "text/character_class.h"
+
 #include <algorithm>
 #include <cmath>
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "sysinfo/processor_quota.h"
 
+#include "text/character_class.h"
+
 #include <algorithm>
 
 namespace ky::impl

@@ -2,6 +2,7 @@
 #include "sysinfo/system_text.h"
 
 #include "sysinfo/system_tree.h"
+#include "text/character_class.h"
 #include "text/utf8_scan.h"
 
 #include <algorithm>

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "sysinfo/system_tree.h"
 
+#include "text/character_class.h"
+
 #include <charconv>
 
 namespace ky::impl
@@ -8,8 +10,6 @@ namespace ky::impl
 
 namespace
 {
-
-constexpr std::string_view whiteSpace = " \t\r\n";
 
 bool isOctal(char c) { return c >= '0' && c <= '7'; }
 
@@ -51,14 +51,6 @@ bool parseMount(std::string_view line, Mount& mount)
 }
 
 } // namespace
-
-std::string_view trimmed(std::string_view text) noexcept
-{
-    const std::size_t first = text.find_first_not_of(whiteSpace);
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(whiteSpace) + 1 - first);
-}
 
 std::int64_t leadingNumber(std::string_view text) noexcept
 {

@@ -23,9 +23,6 @@ struct SystemTree
     std::function<std::string(const std::string& path)> resolve;
 };
 
-/// `text` without white space at its ends.
-std::string_view trimmed(std::string_view text) noexcept;
-
 /// The leading decimal digits after white space, -1 when there are none or too many.
 std::int64_t leadingNumber(std::string_view text) noexcept;
 

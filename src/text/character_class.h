@@ -2,6 +2,8 @@
 // The character classes of the locale "C", independent of the locale in force and valid for every byte.
 #pragma once
 
+#include <string_view>
+
 namespace ky::impl
 {
 
@@ -13,6 +15,16 @@ constexpr char lowerByte(char byte)
 constexpr char upperByte(char byte)
 {
     return byte >= 'a' && byte <= 'z' ? static_cast<char>(byte - ('a' - 'A')) : byte;
+}
+
+/// `text` without white space at its ends.
+constexpr std::string_view trimmed(std::string_view text)
+{
+    while (!text.empty() && isSpace(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && isSpace(text.back()))
+        text.remove_suffix(1);
+    return text;
 }
 
 } // namespace ky::impl

@@ -16,15 +16,6 @@ namespace
 
 constexpr char flagSeparator = '|';
 
-std::string_view trimmed(std::string_view text)
-{
-    while (!text.empty() && impl::isSpace(text.front()))
-        text.remove_prefix(1);
-    while (!text.empty() && impl::isSpace(text.back()))
-        text.remove_suffix(1);
-    return text;
-}
-
 bool equals(std::string_view a, std::string_view b, EnumHelperInterface::Case rule)
 {
     if (rule == EnumHelperInterface::Case::Sensitive)
@@ -96,7 +87,7 @@ std::string EnumHelperInterface::toText(std::int64_t value) const
 
 bool EnumHelperInterface::fromText(std::string_view text, std::int64_t& value, Case rule) const noexcept
 {
-    const std::string_view word = trimmed(text);
+    const std::string_view word = impl::trimmed(text);
     return !word.empty() && (findValue(word, value, rule) || parseNumber(word, value));
 }
 

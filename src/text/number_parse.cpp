@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "text/number_parse.h"
 
+#include "text/character_class.h"
+
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -11,9 +13,7 @@ namespace ky::impl
 namespace
 {
 
-bool isBlank(char c) noexcept { return c == ' ' || (c >= '\t' && c <= '\r'); }
 bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
-char lower(char c) noexcept { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 constexpr std::array<std::uint8_t, 256> hexDigits = []
 {
@@ -33,13 +33,13 @@ unsigned hexDigit(char c) noexcept { return hexDigits[static_cast<unsigned char>
 
 bool isHexPrefix(const char* at, const char* end) noexcept
 {
-    return end - at >= 2 && at[0] == '0' && lower(at[1]) == 'x';
+    return end - at >= 2 && at[0] == '0' && lowerByte(at[1]) == 'x';
 }
 
 /// Skips white space and one sign; returns whether it was a minus.
 bool skipBlanksAndSign(const char*& at, const char* end) noexcept
 {
-    while (at != end && isBlank(*at))
+    while (at != end && isSpace(*at))
         ++at;
     if (at == end || (*at != '-' && *at != '+'))
         return false;
@@ -52,7 +52,7 @@ bool equalsFolded(std::string_view text, std::string_view lowered) noexcept
         return false;
     for (std::size_t i = 0; i < text.size(); ++i)
     {
-        if (lower(text[i]) != lowered[i])
+        if (lowerByte(text[i]) != lowered[i])
             return false;
     }
     return true;
@@ -77,7 +77,7 @@ bool parseName(std::string_view text, double& value) noexcept
         rest.remove_suffix(1);
         for (const char c : rest)
         {
-            if (!isDigit(c) && c != '_' && (lower(c) < 'a' || lower(c) > 'z'))
+            if (!isDigit(c) && c != '_' && (lowerByte(c) < 'a' || lowerByte(c) > 'z'))
                 return false;
         }
     }
@@ -91,7 +91,7 @@ bool parseExponent(const char* at, const char* end, char mark, std::int64_t& exp
     exponent = 0;
     if (at == end)
         return true;
-    if (lower(*at++) != mark)
+    if (lowerByte(*at++) != mark)
         return false;
     bool negative = false;
     if (at != end && (*at == '-' || *at == '+'))

@@ -16,15 +16,6 @@ namespace ky::impl
 namespace
 {
 
-std::string_view trimmed(std::string_view text)
-{
-    while (!text.empty() && isSpace(text.front()))
-        text.remove_prefix(1);
-    while (!text.empty() && isSpace(text.back()))
-        text.remove_suffix(1);
-    return text;
-}
-
 bool isEnclosed(std::string_view text, char first, char last)
 {
     return text.size() >= 2 && text.front() == first && text.back() == last;
