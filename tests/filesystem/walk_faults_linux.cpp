@@ -132,15 +132,16 @@ TEST(WalkFaults, NoDescriptorIsLeftForASecondFolder)
 {
     const TempDir dir;
     makeFolder(dir.file("a/b"));
+    const auto foldersEntered = [&]
+    {
+        Counter counter;
+        EXPECT_TRUE(counter.visit(dir.path(), true, nullptr, false));
+        return counter.entered;
+    };
+    EXPECT_EQ(foldersEntered(), 3);
     const int next = dup(0);
     close(next);
-    withDescriptors(static_cast<rlim_t>(next) + 1,
-                    [&]
-                    {
-                        Counter counter;
-                        EXPECT_TRUE(counter.visit(dir.path(), true, nullptr, false));
-                        EXPECT_EQ(counter.entered, 1);
-                    });
+    withDescriptors(static_cast<rlim_t>(next) + 1, [&] { EXPECT_EQ(foldersEntered(), 1); });
 }
 
 TEST(WalkFaults, EveryNameTheSystemTakes)
