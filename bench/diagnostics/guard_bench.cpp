@@ -36,8 +36,8 @@ void run(benchmark::State& state)
         call(&count, &number);
     ky::terminateKySystem();
 }
-BENCHMARK(run<&plainly>)->Name("guarded_call/floor/indirect_call");
-BENCHMARK(run<&inTryBlock>)->Name("guarded_call/floor/try_block");
-BENCHMARK(run<static_cast<Call>(&ky::exception::impl::ExecGuardedCode)>)->Name("guarded_call/ky");
+BENCHMARK(run<&plainly>)->Name("guarded_call/empty/floor_indirect_call");
+BENCHMARK(run<&inTryBlock>)->Name("guarded_call/empty/floor_try_block");
+BENCHMARK(run<static_cast<Call>(&ky::exception::impl::ExecGuardedCode)>)->Name("guarded_call/empty/ky");
 
 } // namespace

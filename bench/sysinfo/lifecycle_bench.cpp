@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Initialization and termination of the library beside the construction of an application object of another one, and
-// what of it the parts of the system-information record cost.
+// The first initialization of a process, and what the parts of the system-information record cost.
 #include <ky/kyLog.h>
 #include <ky/kySystem.h>
 #include <ky/kySystemUtils.h>
@@ -8,7 +7,7 @@
 #include <benchmark/benchmark.h>
 
 #if defined(KY_PEER_QT)
-#include <QCoreApplication>
+#include <QString>
 #include <QSysInfo>
 #endif
 
@@ -28,22 +27,6 @@ void firstPairKy(benchmark::State& state)
     }
 }
 BENCHMARK(firstPairKy)->Name("initialize_terminate/first_of_process/ky")->Iterations(1)->Unit(benchmark::kMicrosecond);
-
-void pairKy(benchmark::State& state, ky::InitType type)
-{
-    kySystemUtils::ExportProcessorCount();
-    for (auto _ : state)
-    {
-        ky::initializeKySystem(type, false);
-        ky::terminateKySystem();
-    }
-}
-BENCHMARK_CAPTURE(pairKy, light, ky::InitType::Light)
-    ->Name("initialize_terminate/light/ky")
-    ->Unit(benchmark::kMicrosecond);
-BENCHMARK_CAPTURE(pairKy, full, ky::InitType::Full)
-    ->Name("initialize_terminate/full/ky")
-    ->Unit(benchmark::kMicrosecond);
 
 void recordKy(benchmark::State& state)
 {
@@ -78,28 +61,15 @@ void osInfoKy(benchmark::State& state)
         benchmark::DoNotOptimize(kySystemUtils::GetOSInfo().size());
     ky::terminateKySystem();
 }
-BENCHMARK(osInfoKy)->Name("os_description/ky");
+BENCHMARK(osInfoKy)->Name("os_description/text/ky");
 
 #if defined(KY_PEER_QT)
-void pairQt(benchmark::State& state)
-{
-    char name[] = "bench";
-    for (auto _ : state)
-    {
-        int count = 1;
-        char* arguments[] = {name, nullptr};
-        QCoreApplication application(count, arguments);
-        benchmark::DoNotOptimize(&application);
-    }
-}
-BENCHMARK(pairQt)->Name("initialize_terminate/application_object/qt")->Unit(benchmark::kMicrosecond);
-
 void osInfoQt(benchmark::State& state)
 {
     for (auto _ : state)
         benchmark::DoNotOptimize(QSysInfo::prettyProductName().size());
 }
-BENCHMARK(osInfoQt)->Name("os_description/qt");
+BENCHMARK(osInfoQt)->Name("os_description/text/qt");
 #endif
 
 } // namespace

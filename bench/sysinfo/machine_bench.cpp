@@ -47,19 +47,21 @@ void randEngine(benchmark::State& state)
         benchmark::DoNotOptimize(distribution(engine));
 }
 
-void uuid(benchmark::State& state)
+void uuid(benchmark::State& state, bool withBraces)
 {
     for (auto _ : state)
-        benchmark::DoNotOptimize(kySystemUtils::CreateUuid(state.range(0) != 0));
+        benchmark::DoNotOptimize(kySystemUtils::CreateUuid(withBraces));
 }
 
-BENCHMARK(cpuInfo)->Name("cpu_info/ky");
-BENCHMARK(rand)->Name("rand/ky")->ThreadRange(1, 2);
-BENCHMARK(randStd)->Name("rand/std_rand")->ThreadRange(1, 2);
-BENCHMARK(randEngine<std::mt19937>)->Name("rand/std_mt19937");
-BENCHMARK(randEngine<std::random_device>)->Name("rand/std_random_device");
-BENCHMARK(uuid)->Name("uuid/ky_digits")->Arg(0);
-BENCHMARK(uuid)->Name("uuid/ky_braces")->Arg(1);
+BENCHMARK(cpuInfo)->Name("cpu_info/copy/ky");
+BENCHMARK(rand)->Name("rand/one_thread/ky");
+BENCHMARK(randStd)->Name("rand/one_thread/std_rand");
+BENCHMARK(randEngine<std::mt19937>)->Name("rand/one_thread/std_mt19937");
+BENCHMARK(randEngine<std::random_device>)->Name("rand/one_thread/std_random_device");
+BENCHMARK(rand)->Name("rand/two_threads/ky")->Threads(2)->UseRealTime();
+BENCHMARK(randStd)->Name("rand/two_threads/std_rand")->Threads(2)->UseRealTime();
+BENCHMARK_CAPTURE(uuid, digits, false)->Name("uuid/digits/ky");
+BENCHMARK_CAPTURE(uuid, braces, true)->Name("uuid/braces/ky");
 
 #ifdef KY_PEER_LIBUUID
 void uuidLibuuid(benchmark::State& state)
@@ -73,7 +75,7 @@ void uuidLibuuid(benchmark::State& state)
         benchmark::DoNotOptimize(std::string(text, 36));
     }
 }
-BENCHMARK(uuidLibuuid)->Name("uuid/libuuid");
+BENCHMARK(uuidLibuuid)->Name("uuid/digits/libuuid");
 #endif
 
 #ifdef KY_PEER_BOOST
@@ -83,7 +85,7 @@ void uuidBoost(benchmark::State& state)
     for (auto _ : state)
         benchmark::DoNotOptimize(boost::uuids::to_string(generator()));
 }
-BENCHMARK(uuidBoost)->Name("uuid/boost");
+BENCHMARK(uuidBoost)->Name("uuid/digits/boost");
 #endif
 
 void usedRam(benchmark::State& state)
@@ -98,7 +100,7 @@ void programPath(benchmark::State& state)
         benchmark::DoNotOptimize(kySystemUtils::GetProgramFullPath());
 }
 
-BENCHMARK(usedRam)->Name("used_ram/ky");
-BENCHMARK(programPath)->Name("program_path/ky");
+BENCHMARK(usedRam)->Name("used_ram/own_process/ky");
+BENCHMARK(programPath)->Name("program_path/own_process/ky");
 
 } // namespace

@@ -45,8 +45,8 @@ void floorGetrandom(benchmark::State& state)
     }
 }
 
-BENCHMARK(floorCpuid)->Name("cpu_info/floor_one_leaf");
-BENCHMARK(floorAllLeaves)->Name("cpu_info/floor_all_leaves");
-BENCHMARK(floorGetrandom)->Name("uuid/floor_getrandom");
+BENCHMARK(floorCpuid)->Name("cpu_info/copy/floor_one_leaf");
+BENCHMARK(floorAllLeaves)->Name("cpu_info/copy/floor_all_leaves");
+BENCHMARK(floorGetrandom)->Name("uuid/digits/floor_getrandom");
 
 } // namespace
