@@ -31,6 +31,11 @@ struct Libdw
     decltype(&::dwfl_module_addrname) nameOf = nullptr;
     decltype(&::dwfl_module_getsrc) lineOf = nullptr;
     decltype(&::dwfl_lineinfo) lineInfo = nullptr;
+    decltype(&::dwfl_module_nextcu) nextUnit = nullptr;
+    decltype(&::dwarf_haspc) holds = nullptr;
+    decltype(&::dwarf_getsrc_die) lineInUnit = nullptr;
+    decltype(&::dwarf_linesrc) fileOf = nullptr;
+    decltype(&::dwarf_lineno) numberOf = nullptr;
 };
 
 enum class Library
@@ -94,7 +99,9 @@ Library load() noexcept
         find(library, "dwfl_linux_proc_find_elf", sLibdw.findElf) &&
         find(library, "dwfl_module_build_id", sLibdw.buildId) && find(library, "dwfl_addrmodule", sLibdw.moduleOf) &&
         find(library, "dwfl_module_addrname", sLibdw.nameOf) && find(library, "dwfl_module_getsrc", sLibdw.lineOf) &&
-        find(library, "dwfl_lineinfo", sLibdw.lineInfo);
+        find(library, "dwfl_lineinfo", sLibdw.lineInfo) && find(library, "dwfl_module_nextcu", sLibdw.nextUnit) &&
+        find(library, "dwarf_haspc", sLibdw.holds) && find(library, "dwarf_getsrc_die", sLibdw.lineInUnit) &&
+        find(library, "dwarf_linesrc", sLibdw.fileOf) && find(library, "dwarf_lineno", sLibdw.numberOf);
     return all ? Library::Ready : Library::Missing;
 }
 
@@ -147,6 +154,36 @@ bool beginSession() noexcept
     return false;
 }
 
+struct SourceLine
+{
+    const char* file = nullptr;
+    int line = 0;
+};
+
+/// Asks unit after unit: Clang writes no table from addresses to units, which the library's own search goes by.
+SourceLine lineInUnits(Dwfl_Module* module, std::uintptr_t address) noexcept
+{
+    SourceLine source;
+    Dwarf_Addr bias = 0;
+    Dwarf_Die* unit = sLibdw.nextUnit(module, nullptr, &bias);
+    while (unit != nullptr && sLibdw.holds(unit, address - bias) <= 0)
+        unit = ticksSinceStartMs() > sDeadline ? nullptr : sLibdw.nextUnit(module, unit, &bias);
+    Dwarf_Line* const found = unit == nullptr ? nullptr : sLibdw.lineInUnit(unit, address - bias);
+    if (found != nullptr && sLibdw.numberOf(found, &source.line) == 0)
+        source.file = sLibdw.fileOf(found, nullptr, nullptr);
+    return source;
+}
+
+SourceLine lineAt(Dwfl_Module* module, std::uintptr_t address) noexcept
+{
+    Dwfl_Line* const found = sLibdw.lineOf(module, address);
+    if (found == nullptr)
+        return lineInUnits(module, address);
+    SourceLine source;
+    source.file = sLibdw.lineInfo(found, nullptr, &source.line, nullptr, nullptr, nullptr);
+    return source;
+}
+
 } // namespace
 
 bool openDebugInfo() noexcept
@@ -182,15 +219,12 @@ const char* readDebugInfo(std::uintptr_t address, FrameText& text) noexcept
     Dwfl_Module* const module = sLibdw.moduleOf(sSession, address);
     if (module == nullptr)
         return nullptr;
-    int line = 0;
-    Dwfl_Line* const found = sLibdw.lineOf(module, address);
-    const char* const file =
-        found == nullptr ? nullptr : sLibdw.lineInfo(found, nullptr, &line, nullptr, nullptr, nullptr);
-    if (file != nullptr && line > 0)
+    const SourceLine source = lineAt(module, address);
+    if (source.file != nullptr && source.line > 0)
     {
-        const char* const slash = std::strrchr(file, '/');
-        text.file << (slash == nullptr ? file : slash + 1);
-        text.line = static_cast<std::uint64_t>(line);
+        const char* const slash = std::strrchr(source.file, '/');
+        text.file << (slash == nullptr ? source.file : slash + 1);
+        text.line = static_cast<std::uint64_t>(source.line);
     }
     return sLibdw.nameOf(module, address);
 }
