@@ -2,14 +2,13 @@
 #include "diagnostics/debug_info_linux.h"
 
 #include "concurrency/sync_native.h"
+#include "diagnostics/libdw_linux.h"
 #include "diagnostics/thread_guard_linux.h"
 #include "platform/clock_native.h"
 #include "platform/process_id_native.h"
 
 #include <atomic>
 #include <cstring>
-#include <dlfcn.h>
-#include <elfutils/libdwfl.h>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -18,32 +17,6 @@ namespace ky::impl::native
 
 namespace
 {
-
-struct Libdw
-{
-    decltype(&::dwfl_begin) begin = nullptr;
-    decltype(&::dwfl_end) end = nullptr;
-    decltype(&::dwfl_linux_proc_report) report = nullptr;
-    decltype(&::dwfl_report_end) reportEnd = nullptr;
-    decltype(&::dwfl_linux_proc_find_elf) findElf = nullptr;
-    decltype(&::dwfl_module_build_id) buildId = nullptr;
-    decltype(&::dwfl_addrmodule) moduleOf = nullptr;
-    decltype(&::dwfl_module_addrname) nameOf = nullptr;
-    decltype(&::dwfl_module_getsrc) lineOf = nullptr;
-    decltype(&::dwfl_lineinfo) lineInfo = nullptr;
-    decltype(&::dwfl_module_nextcu) nextUnit = nullptr;
-    decltype(&::dwarf_haspc) holds = nullptr;
-    decltype(&::dwarf_getsrc_die) lineInUnit = nullptr;
-    decltype(&::dwarf_linesrc) fileOf = nullptr;
-    decltype(&::dwarf_lineno) numberOf = nullptr;
-};
-
-enum class Library
-{
-    Unknown,
-    Ready,
-    Missing
-};
 
 /// What the library takes at once for one line table, and a good deal more.
 constexpr std::uintptr_t stackNeeded = 512 * 1024;
@@ -54,7 +27,7 @@ constexpr std::int64_t timeLimitMs = 1000;
 constinit std::atomic<std::uint64_t> sOwner{0};
 constinit std::atomic<bool> sBroken{false};
 constinit Libdw sLibdw;
-constinit Library sLibrary = Library::Unknown;
+constinit LibdwState sLibrary = LibdwState::Unknown;
 constinit Dwfl* sSession = nullptr;
 constinit std::int64_t sDeadline = 0;
 
@@ -78,31 +51,6 @@ bool hasStack() noexcept
     char here = 0;
     const auto address = reinterpret_cast<std::uintptr_t>(&here);
     return tGuard != nullptr && address < tGuard->stackHigh && address > tGuard->stackLow + stackNeeded;
-}
-
-template <typename Function>
-bool find(void* library, const char* name, Function& function) noexcept
-{
-    function = reinterpret_cast<Function>(dlsym(library, name));
-    return function != nullptr;
-}
-
-/// At run time, so that programs start without it.
-Library load() noexcept
-{
-    void* const library = dlopen("libdw.so.1", RTLD_NOW | RTLD_LOCAL);
-    if (library == nullptr)
-        return Library::Missing;
-    const bool all =
-        find(library, "dwfl_begin", sLibdw.begin) && find(library, "dwfl_end", sLibdw.end) &&
-        find(library, "dwfl_linux_proc_report", sLibdw.report) && find(library, "dwfl_report_end", sLibdw.reportEnd) &&
-        find(library, "dwfl_linux_proc_find_elf", sLibdw.findElf) &&
-        find(library, "dwfl_module_build_id", sLibdw.buildId) && find(library, "dwfl_addrmodule", sLibdw.moduleOf) &&
-        find(library, "dwfl_module_addrname", sLibdw.nameOf) && find(library, "dwfl_module_getsrc", sLibdw.lineOf) &&
-        find(library, "dwfl_lineinfo", sLibdw.lineInfo) && find(library, "dwfl_module_nextcu", sLibdw.nextUnit) &&
-        find(library, "dwarf_haspc", sLibdw.holds) && find(library, "dwarf_getsrc_die", sLibdw.lineInUnit) &&
-        find(library, "dwarf_linesrc", sLibdw.fileOf) && find(library, "dwarf_lineno", sLibdw.numberOf);
-    return all ? Library::Ready : Library::Missing;
 }
 
 int findElf(Dwfl_Module* module, void** user, const char* name, Dwarf_Addr base, char** file, Elf** elf)
@@ -139,9 +87,9 @@ constexpr Dwfl_Callbacks callbacks = {&findElf, &findDebugFile, nullptr, nullptr
 
 bool beginSession() noexcept
 {
-    if (sLibrary == Library::Unknown)
-        sLibrary = load();
-    if (sLibrary != Library::Ready)
+    if (sLibrary == LibdwState::Unknown)
+        sLibrary = loadLibdw(sLibdw);
+    if (sLibrary != LibdwState::Ready)
         return false;
     sDeadline = ticksSinceStartMs() + timeLimitMs;
     sSession = sLibdw.begin(&callbacks);
