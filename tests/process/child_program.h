@@ -17,7 +17,8 @@ inline std::string childProgram() { return binFolder() + "/ky_child"; }
 /// More than enough for what ends by itself, and the time-out where nothing is to time out.
 inline constexpr unsigned int amplyMs = 120000;
 
-/// Whether a process holds the lock file: it lives.
+/// Whether a process holds the lock file: it lives. While it is taking the lock a look may find it held, and make it
+/// try once more: ask eventually.
 inline bool isHeld(const std::string& lockPath)
 {
     kyLockFile lock;

@@ -123,7 +123,7 @@ TEST(ProcessOutput, WhatAChildLeavesBehindHoldsNothingUpAndEndsWithTheTree)
     EXPECT_TRUE(process.waitForFinished(amplyMs));
     EXPECT_EQ(process.exitCode(), 0);
     EXPECT_THAT(text, testing::HasSubstr("left"));
-    EXPECT_TRUE(isHeld(lock));
+    EXPECT_TRUE(eventually([&] { return isHeld(lock); }));
     EXPECT_TRUE(process.killProcessTree()) << "the child itself has ended before";
     EXPECT_TRUE(eventually([&] { return !isHeld(lock); }));
 
@@ -178,7 +178,7 @@ TEST(ProcessOutput, AnObjectThatDiesDoesNotEndTheProcess)
         process.setOutputHandler(nullptr);
         EXPECT_FALSE(process.waitForFinished(0));
     }
-    EXPECT_TRUE(isHeld(lock));
+    EXPECT_TRUE(eventually([&] { return isHeld(lock); }));
     ky::test::writeFile(lock + ".stop", "");
     EXPECT_TRUE(eventually([&] { return !isHeld(lock); }));
 }
